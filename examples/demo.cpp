@@ -1,0 +1,61 @@
+// gkgeom demo: builds a few contours and prints what the library knows about them.
+#include <gk/gk.h>
+
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+void printContour(const char* name, const gkContour& c) {
+  std::printf("%-22s vertices %2zu  %-6s  label %lu  segments %ld  cache bound %ld\n", name,
+              c.points().size(), c.isClosed() ? "closed" : "open", c.label(), c.segmentCount(),
+              c.cachedVectorSize());
+}
+
+}  // namespace
+
+int main() {
+  std::printf("gkgeom demo\n\n");
+
+  // A square given as a closed polyline, and the same square from a polygon that repeats its
+  // first vertex (so it comes back closed, with the repeated vertex kept).
+  const std::vector<gkVector<2>> square = {{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+  const gkContour closed(square, true, 1);
+  const gkContour open(square, false, 2);
+  const gkContour fromPolygon(
+      gkPolygon({{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}}, gkPolygon::eEvenOdd), 3);
+  printContour("square (closed)", closed);
+  printContour("square (open)", open);
+  printContour("square from polygon", fromPolygon);
+
+  // Mapping by a rotation of 90 degrees about the origin and a shift.
+  gkContour turned(std::vector<gkVector<2>>(), true, 0);
+  closed.map(gkXform<2>(gkMatrix<2>(gkRadian(gkDegree(90)), gkRadian(gkDegree(90)), 1, 1),
+                        gkVector<2>(10, 0)),
+             turned);
+  printContour("square turned, shifted", turned);
+  for (const gkVector<2>& p : turned.points()) {
+    std::printf("    (%.3f, %.3f)\n", p.x(), p.y());
+  }
+
+  // Convex hull of a noisy point set: the interior and collinear points drop out.
+  const std::vector<gkVector<2>> cloud = {{0, 0}, {2, 1}, {4, 0}, {4, 2}, {4, 4},
+                                          {1, 3}, {0, 4}, {2, 2}, {0, 2}, {4, 0}};
+  std::vector<gkVector<2>> hull;
+  gwConvexHull(cloud, hull);
+  std::printf("\nconvex hull of %zu points: %zu corners, counter-clockwise\n", cloud.size(),
+              hull.size());
+  for (const gkVector<2>& p : hull) {
+    std::printf("    (%.0f, %.0f)\n", p.x(), p.y());
+  }
+
+  // Errors are typed and carry fixed numbers.
+  gkContour c = closed;
+  try {
+    c.cachedVectorSize(-1);
+  } catch (const gkContourDefs::Errors& e) {
+    std::printf("\ncachedVectorSize(-1) -> error 0x%08X, bound still %ld\n",
+                static_cast<unsigned>(e.errorNumber()), c.cachedVectorSize());
+  }
+  return 0;
+}

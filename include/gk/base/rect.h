@@ -1,0 +1,39 @@
+#pragma once
+
+#include <gk/base/vector.h>
+#include <gk/gk_export.h>
+
+/// An axis-aligned rectangle, kept as its two defining corners exactly as given (no origin plus
+/// size arithmetic), so that a box grown by enclose() from points contains each of those points
+/// with no rounding.
+class GK_EXPORT gkRect {
+ public:
+  gkRect() = default;
+  /// The rectangle from origin to origin + size. A negative size extends the other way; size
+  /// (0, 0) is a point box at origin, whose corners are both exactly origin.
+  gkRect(const gkVector<2>& origin, const gkVector<2>& size);
+
+  /// The corner with the smaller coordinates.
+  const gkVector<2>& ul() const { return ul_; }
+  /// The corner with the larger coordinates.
+  const gkVector<2>& lr() const { return lr_; }
+  double width() const { return lr_.x() - ul_.x(); }
+  double height() const { return lr_.y() - ul_.y(); }
+  gkVector<2> size() const { return lr_ - ul_; }
+
+  /// The smallest rectangle holding both.
+  gkRect enclose(const gkRect& other) const;
+
+  /// True when pt lies in the closed rectangle: the boundary is inside.
+  bool within(const gkVector<2>& pt) const;
+
+  /// True when the two closed rectangles share at least one point (touching counts).
+  bool overlaps(const gkRect& other) const;
+
+  bool operator==(const gkRect& o) const { return ul_ == o.ul_ && lr_ == o.lr_; }
+  bool operator!=(const gkRect& o) const { return !(*this == o); }
+
+ private:
+  gkVector<2> ul_;
+  gkVector<2> lr_;
+};

@@ -1,0 +1,171 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include <gk/base/bounded_cache.h>
+#include <gk/base/circle.h>
+#include <gk/base/ellipse.h>
+#include <gk/base/line.h>
+#include <gk/base/line_seg.h>
+#include <gk/base/pair.h>
+#include <gk/base/persistent.h>
+#include <gk/base/polygon.h>
+#include <gk/base/rect.h>
+#include <gk/base/rep_base.h>
+#include <gk/base/vector.h>
+#include <gk/base/xform.h>
+#include <gk/cntr/contour_defs.h>
+#include <gk/gk_export.h>
+
+class gkContourTestAccess;
+
+/// A planar polyline: an ordered vertex list, a closed flag (a closing segment joins the last
+/// vertex to the first) and a caller's label.
+///
+/// Every measure is computed on first request and cached inside the object; any change of the
+/// vertices or of the closed flag drops every cache (cleanCacheInfo). Queries are const but fill
+/// caches, so one contour must not be used from two threads at once; different contours may.
+///
+/// Segment numbering, used by every segment-based query: a closed contour of n vertices has n
+/// segments and segment k runs from vertex k-1 to vertex k, the predecessor of vertex 0 being
+/// vertex n-1 (so segment 0 is the closing segment and segment k always ends at vertex k); an
+/// open contour has n-1 segments and segment k runs from vertex k to vertex k+1.
+class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBase {
+ public:
+  /// Orders grid cells (column, then row) for the vertex grid of vertexIndex().
+  struct gzSTLLessPredicate {
+    bool operator()(const gkPair<long>& a, const gkPair<long>& b) const {
+      return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y());
+    }
+  };
+  /// Key order of the enclosing-rectangle cache: dictionary order on translation x, translation
+  /// y, matrix element (0,0), (0,1), (1,0). Element (1,1) is never compared, on purpose: two
+  /// transforms that differ only there are one key. NaN fields sort after every number and are
+  /// equivalent to one another, so a NaN transform cannot break the map.
+  struct XformKeyLess {
+    bool operator()(const gkXform<2>& a, const gkXform<2>& b) const;
+  };
+  /// One grid per tolerance: (cell size, cell -> vertex numbers in increasing order).
+  using VertexGrids =
+      std::vector<std::pair<double, std::map<gkPair<long>, std::vector<int>, gzSTLLessPredicate>>>;
+
+  /// Copies the vertices exactly as given: nothing is removed or merged, and empty, one-vertex,
+  /// repeated and non-finite vertex lists are all accepted. The cache bound starts at 3.
+  gkContour(const std::vector<gkVector<2>>& points, bool isClosed, unsigned long label);
+
+  /// Copies the polygon's vertices in order. The contour is closed exactly when the polygon's
+  /// first and last vertices coincide within 1e-15 in each coordinate, and then both are kept
+  /// (the repeated last vertex is not dropped). An empty polygon gives an empty open contour.
+  gkContour(const gkPolygon& polygon, unsigned long label);
+
+  /// Copies everything, caches included: keyed caches are deep-copied, so the copy owns its own.
+  gkContour(const gkContour& other);
+  /// As the copy constructor; self-assignment does nothing.
+  gkContour& operator=(const gkContour& other);
+  ~gkContour() override;
+
+  /// A new closed, empty contour with label 0, owned by the caller (the archive's factory).
+  static gkPersistent* make();
+
+  const std::vector<gkVector<2>>& points() const { return points_; }
+  /// Replaces the vertices: drops every cache, stores v, then lets a derived class bring its
+  /// per-vertex data in step (makeDataConsistentWithPoints).
+  virtual void points(const std::vector<gkVector<2>>& v);
+
+  virtual bool isClosed() const;
+  /// Stores the flag and drops every cache, even when the value does not change.
+  virtual void isClosed(bool closed);
+
+  unsigned long label() const { return label_; }
+  /// Stores the label; no cache depends on it, so none is dropped.
+  void label(unsigned long label);
+
+  /// The bound of the keyed caches: each holds at most cachedVectorSize() + 1 entries.
+  long cachedVectorSize() const { return cachedVectorSize_; }
+  /// Sets the bound for later insertions (caches already larger are not trimmed).
+  /// Throws gkContourDefs::BadParams (empty message) for n < 0 or n beyond 32 bits, leaving the
+  /// bound unchanged.
+  void cachedVectorSize(long n);
+
+  /// The vertices as a polygon with fill mode 0. A closed contour's polygon repeats vertex 0 at
+  /// the end (one vertex more); an open contour's has the same vertices. An empty closed contour
+  /// gives an empty polygon.
+  gkPolygon polygon() const;
+
+  /// out := a new contour of x applied to every vertex, with this closed flag and label. The
+  /// result has no cache and the default bound 3, whatever this contour's bound is.
+  void map(const gkXform<2>& x, gkContour& out) const;
+
+  /// Same closed flag, exactly equal vertex lists and the same cache bound. The label is
+  /// deliberately not compared; the bound is.
+  bool operator==(const gkContour& other) const;
+  bool operator!=(const gkContour& other) const { return !(*this == other); }
+
+  /// How many segments the walk has: n for a closed contour, n-1 for an open one, 0 without any.
+  long segmentCount() const;
+
+ protected:
+  /// Drops every cache and replaces the vertices, without the data hook: for derived classes
+  /// that keep their per-vertex data in step themselves.
+  void setPoints(const std::vector<gkVector<2>>& v);
+
+  /// Throws gkContourDefs::EmptyContour (empty message) for fewer than 2 vertices.
+  void checkEmptyContour() const;
+
+  /// The segments in walk order. A degenerate segment (ends equal within 1e-15) keeps its place
+  /// with default values; test validLine() before using entry k.
+  const std::vector<gkLineSeg>& lineSegs() const;
+  /// False where the segment of the same number is degenerate.
+  const std::vector<bool>& validLine() const;
+  /// The infinite line of each segment (default for degenerate ones).
+  const std::vector<gkLine>& lines() const;
+  /// The bounding box of each segment (default for degenerate ones).
+  const std::vector<gkRect>& segRects() const;
+  /// Fills the four segment caches together in one pass, unless they are filled.
+  void computeLineSegs() const;
+
+  /// Hooks that keep a derived class's per-vertex data in step with the vertices. Here both
+  /// just drop every cache, through the virtual cleanCacheInfo so that overrides are reached.
+  virtual void makeDataConsistentWithPoints();
+  virtual void makePointsConsistentWithData();
+
+  /// Drops every cache and marks the object changed. Overrides must call this one.
+  virtual void cleanCacheInfo();
+
+ private:
+  friend class gkContourTestAccess;
+
+  unsigned long label_ = 0;
+  bool isClosed_ = true;
+  std::vector<gkVector<2>> points_;
+  long cachedVectorSize_ = 3;
+
+  // Caches. Each is a pure function of points_ and isClosed_, filled by a const query and
+  // valid only while its flag is set; cleanCacheInfo() is the only thing that invalidates them.
+  mutable bool meanValid_ = false;
+  mutable gkVector<2> mean_;
+  mutable bool lengthValid_ = false;
+  mutable double length_ = 0.0;
+  mutable gk::detail::BoundedKeyedCache<gkXform<2>, gkRect, XformKeyLess> encloseRectCache_;
+  mutable std::vector<bool> circleValid_ = std::vector<bool>(2, false);
+  mutable std::vector<gkCircle> circles_ = std::vector<gkCircle>(2);
+  mutable gk::detail::BoundedKeyedCache<gkRadian, int> extremalCache_;
+  mutable bool ellipseValid_ = false;
+  mutable gkEllipse ellipse_;
+  mutable double ellipseResidual_ = 0.0;
+  mutable bool selfIntersecting_ = false;
+  mutable bool selfIntersectingValid_ = false;
+  mutable bool lineSegsValid_ = false;
+  mutable std::vector<gkLineSeg> lineSegs_;
+  mutable bool linesValid_ = false;
+  mutable std::vector<gkLine> lines_;
+  mutable bool segRectsValid_ = false;
+  mutable std::vector<gkRect> segRects_;
+  mutable std::vector<bool> validLine_;
+  mutable bool medianValid_ = false;
+  mutable double medianFeatureSize_ = 0.0;
+  mutable std::unique_ptr<VertexGrids> vertexGrid_;
+};

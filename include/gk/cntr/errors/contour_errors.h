@@ -1,0 +1,89 @@
+#pragma once
+
+#include <string>
+
+#include <gk/base/exception.h>
+#include <gk/gk_export.h>
+
+namespace gkContourDefs {
+
+/// Base of every error the contour library reports. Catch it to catch them all; errorNumber()
+/// tells them apart.
+class GK_EXPORT Errors : public gkExceptionWithString {
+ public:
+  ~Errors() override;
+
+  /// The fixed code of the concrete error class.
+  virtual int errorNumber() const = 0;
+
+  /// For an error allocated on the heap (as the archive's factory does): copies it, frees this
+  /// object, and throws the copy by value. Never returns; calling it on an object that is not
+  /// heap-allocated is undefined, exactly as `delete` of such an object is.
+  [[noreturn]] virtual void suicideAndRethrow() = 0;
+
+ protected:
+  explicit Errors(const std::wstring& message) : gkExceptionWithString(message) {}
+  Errors(const Errors&) = default;
+  Errors& operator=(const Errors&) = default;
+};
+
+}  // namespace gkContourDefs
+
+namespace gk::detail {
+
+/// What the four concrete errors share: a fixed code and the copy-free-rethrow of a heap
+/// object. Derived is the concrete class, so the thrown copy has the concrete type.
+template <typename Derived, int Code>
+class ContourError : public gkContourDefs::Errors {
+ public:
+  static constexpr int kErrorNumber = Code;
+
+  int errorNumber() const override { return Code; }
+
+  [[noreturn]] void suicideAndRethrow() override {
+    Derived copy(static_cast<const Derived&>(*this));
+    delete this;
+    throw copy;
+  }
+
+ protected:
+  explicit ContourError(const std::wstring& message) : gkContourDefs::Errors(message) {}
+};
+
+}  // namespace gk::detail
+
+namespace gkContourDefs {
+
+/// A contour with fewer than 2 vertices, or a region with fewer than 3, was asked for something
+/// that needs extent. Code 0x10004680.
+class GK_EXPORT EmptyContour : public gk::detail::ContourError<EmptyContour, 0x10004680> {
+ public:
+  explicit EmptyContour(const std::wstring& message = std::wstring()) : ContourError(message) {}
+  ~EmptyContour() override;
+};
+
+/// A region set with no member was asked for something that needs one. Code 0x10004682.
+class GK_EXPORT EmptyRegionSet : public gk::detail::ContourError<EmptyRegionSet, 0x10004682> {
+ public:
+  explicit EmptyRegionSet(const std::wstring& message = std::wstring()) : ContourError(message) {}
+  ~EmptyRegionSet() override;
+};
+
+/// An argument is out of its valid range. Code 0x10004683.
+class GK_EXPORT BadParams : public gk::detail::ContourError<BadParams, 0x10004683> {
+ public:
+  explicit BadParams(const std::wstring& message = std::wstring()) : ContourError(message) {}
+  ~BadParams() override;
+};
+
+/// A region was asked to become an open contour; regions are always closed. Code 0x10004684.
+/// (0x10004681 belongs to no class: the gap in the numbering is kept.)
+class GK_EXPORT RegionCannotBeSetOpen
+    : public gk::detail::ContourError<RegionCannotBeSetOpen, 0x10004684> {
+ public:
+  explicit RegionCannotBeSetOpen(const std::wstring& message = std::wstring())
+      : ContourError(message) {}
+  ~RegionCannotBeSetOpen() override;
+};
+
+}  // namespace gkContourDefs

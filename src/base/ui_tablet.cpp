@@ -1,0 +1,3 @@
+#include <gk/base/ui_tablet.h>
+
+gkUITablet::~gkUITablet() = default;

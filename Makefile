@@ -1,0 +1,34 @@
+# Thin wrapper over the CMake presets. The README's two commands are `make demo` and `make test`.
+.PHONY: all deps demo test asan release format clean
+
+all: test
+
+deps:
+	@scripts/install-deps.sh
+
+build/dev/CMakeCache.txt: | deps
+	cmake --preset dev
+
+demo: deps build/dev/CMakeCache.txt
+	cmake --build --preset dev --target gkgeom_demo
+	./build/dev/examples/gkgeom_demo
+
+test: deps build/dev/CMakeCache.txt
+	cmake --build --preset dev
+	ctest --preset dev
+
+asan: deps
+	cmake --preset asan
+	cmake --build --preset asan
+	ctest --preset asan
+
+release: deps
+	cmake --preset release
+	cmake --build --preset release
+	ctest --preset release
+
+format:
+	git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+clean:
+	rm -rf build

@@ -1,0 +1,18 @@
+# The README's C++ tour must be exactly examples/tour.cpp (after its first comment line), which
+# the build compiles and the tests run: so the README's example always compiles.
+file(READ ${ROOT}/README.md readme)
+string(FIND "${readme}" "```cpp\n" start)
+if(start EQUAL -1)
+  message(FATAL_ERROR "README.md has no C++ block")
+endif()
+math(EXPR start "${start} + 7")
+string(SUBSTRING "${readme}" ${start} -1 rest)
+string(FIND "${rest}" "```" end)
+string(SUBSTRING "${rest}" 0 ${end} block)
+file(READ ${ROOT}/examples/tour.cpp tour)
+string(FIND "${tour}" "\n" firstLineEnd)
+math(EXPR firstLineEnd "${firstLineEnd} + 1")
+string(SUBSTRING "${tour}" ${firstLineEnd} -1 tour)
+if(NOT block STREQUAL tour)
+  message(FATAL_ERROR "README.md's tour and examples/tour.cpp differ")
+endif()

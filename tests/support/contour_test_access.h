@@ -1,0 +1,48 @@
+#pragma once
+
+#include <gk/cntr/contour.h>
+
+/// Reads and seeds a contour's private caches, so tests can tell a cached answer from a fresh
+/// one. The contour names this class as its friend; only tests define it.
+class gkContourTestAccess {
+ public:
+  static bool lineSegsValid(const gkContour& c) {
+    return c.lineSegsValid_ && c.linesValid_ && c.segRectsValid_;
+  }
+  static const std::vector<gkLineSeg>& lineSegs(const gkContour& c) { return c.lineSegs(); }
+  static const std::vector<bool>& validLine(const gkContour& c) { return c.validLine(); }
+  static const std::vector<gkLine>& lines(const gkContour& c) { return c.lines(); }
+  static const std::vector<gkRect>& segRects(const gkContour& c) { return c.segRects(); }
+
+  static auto& encloseRectCache(const gkContour& c) { return c.encloseRectCache_; }
+  static auto& extremalCache(const gkContour& c) { return c.extremalCache_; }
+  static auto& vertexGrid(const gkContour& c) { return c.vertexGrid_; }
+
+  /// Marks every plain cache valid with recognisable values, as queries would.
+  static void fillPlainCaches(const gkContour& c) {
+    c.meanValid_ = true;
+    c.mean_ = gkVector<2>(7, 8);
+    c.lengthValid_ = true;
+    c.length_ = 9.0;
+    c.circleValid_.assign(2, true);
+    c.circles_.assign(2, gkCircle(gkVector<2>(1, 2), 3));
+    c.ellipseValid_ = true;
+    c.ellipseResidual_ = 0.5;
+    c.selfIntersecting_ = true;
+    c.selfIntersectingValid_ = true;
+    c.medianValid_ = true;
+    c.medianFeatureSize_ = 4.0;
+    c.computeLineSegs();
+  }
+
+  /// True when no cache of any kind is valid or allocated.
+  static bool noCache(const gkContour& c) {
+    return !c.meanValid_ && !c.lengthValid_ && c.length_ == 0.0 && !c.ellipseValid_ &&
+           c.ellipseResidual_ == 0.0 && !c.selfIntersectingValid_ && !c.lineSegsValid_ &&
+           !c.linesValid_ && !c.segRectsValid_ && !c.medianValid_ && c.medianFeatureSize_ == 0.0 &&
+           c.circleValid_ == std::vector<bool>(2, false) && c.circles_.size() == 2 &&
+           !c.encloseRectCache_.allocated() && !c.extremalCache_.allocated() && !c.vertexGrid_;
+  }
+
+  static void checkEmptyContour(const gkContour& c) { c.checkEmptyContour(); }
+};

@@ -7,6 +7,7 @@
 #include <gk/cntr/errors/contour_errors.h>
 
 #include "base/detail/total_order.h"
+#include "cntr/detail/segment_walk.h"
 
 namespace {
 
@@ -194,32 +195,26 @@ void gkContour::computeLineSegs() const {
   lines_.clear();
   segRects_.clear();
   validLine_.clear();
-  const std::size_t n = points_.size();
   const std::size_t count = static_cast<std::size_t>(segmentCount());
   lineSegs_.reserve(count);
   lines_.reserve(count);
   segRects_.reserve(count);
   validLine_.reserve(count);
-  // Walk (n-1, 0), (0, 1), ... for a closed contour and (0, 1), ... for an open one, so that
-  // entry k is segment k of the numbering.
-  std::size_t previous = isClosed() ? n - 1 : 0;
-  for (std::size_t i = isClosed() ? 0 : 1; i < n; ++i) {
-    const gkVector<2>& p = points_[previous];
-    const gkVector<2>& q = points_[i];
-    if (gwRealEq(p, q, gkTolCoincident)) {
-      // A degenerate segment keeps its number, with default values and a false flag.
-      lineSegs_.emplace_back();
-      lines_.emplace_back();
-      segRects_.emplace_back();
-      validLine_.push_back(false);
-    } else {
-      lineSegs_.emplace_back(p, q);
-      lines_.push_back(lineSegs_.back().line());
-      segRects_.push_back(gkRect(q, gkVector<2>()).enclose(gkRect(p, gkVector<2>())));
-      validLine_.push_back(true);
-    }
-    previous = i;
-  }
+  gk::detail::forEachSegment(
+      points_, isClosed(), [this](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
+        if (gwRealEq(p, q, gkTolCoincident)) {
+          // A degenerate segment keeps its number, with default values and a false flag.
+          lineSegs_.emplace_back();
+          lines_.emplace_back();
+          segRects_.emplace_back();
+          validLine_.push_back(false);
+        } else {
+          lineSegs_.emplace_back(p, q);
+          lines_.push_back(lineSegs_.back().line());
+          segRects_.push_back(gkRect(q, gkVector<2>()).enclose(gkRect(p, gkVector<2>())));
+          validLine_.push_back(true);
+        }
+      });
   segRectsValid_ = true;
   linesValid_ = true;
   lineSegsValid_ = true;

@@ -5,8 +5,10 @@
 #include <utility>
 #include <vector>
 
+#include <gk/base/angle.h>
 #include <gk/base/bounded_cache.h>
 #include <gk/base/circle.h>
+#include <gk/base/color.h>
 #include <gk/base/ellipse.h>
 #include <gk/base/line.h>
 #include <gk/base/line_seg.h>
@@ -15,12 +17,14 @@
 #include <gk/base/polygon.h>
 #include <gk/base/rect.h>
 #include <gk/base/rep_base.h>
+#include <gk/base/ui_tablet.h>
 #include <gk/base/vector.h>
 #include <gk/base/xform.h>
 #include <gk/cntr/contour_defs.h>
 #include <gk/gk_export.h>
 
 class gkContourTestAccess;
+class gkRegion;
 
 /// A planar polyline: an ordered vertex list, a closed flag (a closing segment joins the last
 /// vertex to the first) and a caller's label.
@@ -107,6 +111,93 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   /// How many segments the walk has: n for a closed contour, n-1 for an open one, 0 without any.
   long segmentCount() const;
 
+  // --- measures ---------------------------------------------------------------------------
+
+  /// Sum of the segment lengths over the walk (the closing segment included when closed).
+  /// 0.0 without vertices. Cached.
+  double length() const;
+
+  /// The length-weighted centroid of the polyline as a wire (not of the enclosed area): each
+  /// segment contributes its midpoint weighted by its length. When all vertices coincide (total
+  /// length 0) it is vertex 0. Throws EmptyContour below 2 vertices. Cached.
+  gkVector<2> meanPosition() const;
+
+  /// The vertex farthest in the direction of angle; among equal scores the lowest index wins.
+  /// The four axis directions (within 1e-15 of (+-1, 0), (0, +-1)) score by the bare coordinate,
+  /// so the rounding of cos and sin at those angles cannot change the answer. A vertex whose
+  /// score is NaN never wins; when no vertex scores above the most negative double, vertex 0 is
+  /// returned. Throws EmptyContour below 2 vertices and BadParams for a non-finite angle.
+  /// Cached by angle (the raw value: an angle plus a full turn is another key) in a bounded cache.
+  int extremalVertexIndex(const gkRadian& angle) const;
+  /// The vertex at extremalVertexIndex(angle).
+  gkVector<2> extremalVertexPosition(const gkRadian& angle) const;
+
+  /// The axis-aligned box of the transformed vertices (not the transform of the box). Throws
+  /// EmptyContour below 2 vertices. Cached by transform in a bounded cache whose key order
+  /// ignores matrix element (1,1) (see XformKeyLess).
+  gkRect encloseRect(const gkXform<2>& x = gkXform<2>()) const;
+
+  /// eFarthestPair: the circle on the first farthest-apart pair of vertices met in the order
+  /// (i, j) over all ordered pairs; it may leave vertices outside, and with no two distinct
+  /// vertices it is the default circle (centre (0,0), radius 0). O(n^2), once per vertex set.
+  /// eFirstVertexCentered: centred on vertex 0 with the greatest distance from it as radius;
+  /// throws EmptyContour without vertices. Neither mode is the minimal enclosing circle.
+  /// Throws BadParams ("diameterMode is not one of the valid enums") for any other mode value.
+  /// Cached per mode.
+  gkCircle encloseCircle(gkContourDefs::DiameterMode mode) const;
+  /// 2 * encloseCircle(mode).radius().
+  double diameter(gkContourDefs::DiameterMode mode) const;
+
+  /// out := the convex hull of the vertices as a region (counter-clockwise, strict corners).
+  /// Throws EmptyContour below 2 vertices. Cached; the cache is shared by copies.
+  void convexHull(gkRegion& out) const;
+
+  /// The least-squares ellipse of the vertices and its residual. Throws EmptyContour below 2
+  /// vertices. Cached.
+  void fitEllipse(gkEllipse& ellipse, double& residual) const;
+
+  /// Draws every segment of the walk on tablet, the closing segment first; the mode is not
+  /// consulted. An empty or one-vertex open contour draws nothing; a one-vertex closed contour
+  /// draws one zero-length segment.
+  virtual void draw(gkUITablet& tablet, gkContourDefs::DrawMode mode, const gkColor& color,
+                    const gkUITablet::Layers& layer) const;
+
+  // --- proximity and intersections --------------------------------------------------------
+
+  /// The number of the vertex nearest to pt; the lowest number wins a tie. Throws EmptyContour
+  /// below 2 vertices.
+  long closestVertexIndex(const gkVector<2>& pt) const;
+
+  /// The nearest vertex (verticesOnly) or the nearest point on the segments. Ties keep the
+  /// earlier segment of the walk, so on a closed contour the closing segment wins. Throws
+  /// EmptyContour below 2 vertices.
+  gkVector<2> closestPoint(const gkVector<2>& pt, bool verticesOnly) const;
+
+  /// Distance from pt to closestPoint(pt, verticesOnly).
+  double distToPoint(const gkVector<2>& pt, bool verticesOnly) const;
+
+  /// The numbers of all vertices strictly closer than tolerance to pt, found through a grid of
+  /// cell size tolerance (cells centred on multiples of it). Ordered by cell, column-major over
+  /// the 3x3 neighbourhood of pt's cell, then by vertex number: not sorted as a whole. One grid
+  /// is built and kept per distinct tolerance value. Throws EmptyContour below 2 vertices and
+  /// BadParams for a tolerance that is not a positive finite number.
+  std::vector<int> vertexIndex(const gkVector<2>& pt, double tolerance) const;
+
+  /// The crossings of the contour with seg, ordered along seg from p1 to p2. Parallel segments
+  /// never cross (even when they overlap). With includeEnds false, every contour segment that
+  /// passes within 1e-6 of an end of seg is dropped whole. A crossing at a vertex is reported
+  /// once for each of the two segments that meet there. Throws EmptyContour below 2 vertices.
+  std::vector<gkVector<2>> intersections(const gkLineSeg& seg, bool includeEnds) const;
+
+  /// The crossings with every segment of other, grouped by other's segment walk, each group
+  /// ordered along its segment (ends included). Throws EmptyContour when this contour has
+  /// fewer than 2 vertices; other is not checked.
+  std::vector<gkVector<2>> intersections(const gkContour& other) const;
+
+  /// True when two segments of the contour that do not share an end cross. False for an empty
+  /// contour. Cached.
+  bool isSelfIntersecting() const;
+
  protected:
   /// Drops every cache and replaces the vertices, without the data hook: for derived classes
   /// that keep their per-vertex data in step themselves.
@@ -127,6 +218,15 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   /// Fills the four segment caches together in one pass, unless they are filled.
   void computeLineSegs() const;
 
+  /// The crossings with seg (as the public form) and, in segIndices, the segment number each was
+  /// found on.
+  std::vector<gkVector<2>> intersections(const gkLineSeg& seg, std::vector<int>& segIndices,
+                                         bool includeEnds) const;
+
+  /// The upper median of the segment lengths over the walk (zero-length ones included). Throws
+  /// EmptyContour below 2 vertices. Cached.
+  double medianFeatureSize() const;
+
   /// Hooks that keep a derived class's per-vertex data in step with the vertices. Here both
   /// just drop every cache, through the virtual cleanCacheInfo so that overrides are reached.
   virtual void makeDataConsistentWithPoints();
@@ -137,6 +237,7 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
 
  private:
   friend class gkContourTestAccess;
+  class gkRegion;
 
   unsigned long label_ = 0;
   bool isClosed_ = true;

@@ -1,0 +1,226 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include <gk/base/tolerances.h>
+#include <gk/cntr/contour.h>
+#include <gk/cntr/errors/contour_errors.h>
+
+#include "base/detail/total_order.h"
+#include "cntr/detail/segment_walk.h"
+
+namespace {
+
+/// The grid cell of coordinate c for cell size t: c / t rounded to nearest, halves away from
+/// zero, so cells are centred on multiples of t (not floored). Defined for every input: a NaN
+/// quotient goes to cell 0 (its vertex can never be within a tolerance anyway), and quotients
+/// beyond +-2^62 are clamped there, which keeps the +-1 neighbourhood of any cell inside long.
+/// Clamping is monotone, so two coordinates less than one cell apart stay in neighbouring cells.
+long gridCell(double c, double t) {
+  const double q = c / t;
+  if (std::isnan(q)) {
+    return 0;
+  }
+  constexpr double kLimit = 4611686018427387904.0;  // 2^62
+  double r = q >= 0.0 ? std::trunc(q + 0.5) : -std::trunc(-q + 0.5);
+  r = std::min(std::max(r, -kLimit), kLimit);
+  return static_cast<long>(r);
+}
+
+}  // namespace
+
+long gkContour::closestVertexIndex(const gkVector<2>& pt) const {
+  checkEmptyContour();
+  double best = std::numeric_limits<double>::infinity();
+  long index = 0;
+  for (std::size_t i = 0; i < points_.size(); ++i) {
+    const double d = pt.distance(points_[i]);
+    // Strictly smaller: the lowest vertex number wins a tie.
+    if (d < best) {
+      best = d;
+      index = static_cast<long>(i);
+    }
+  }
+  return index;
+}
+
+gkVector<2> gkContour::closestPoint(const gkVector<2>& pt, bool verticesOnly) const {
+  if (verticesOnly) {
+    return points_[static_cast<std::size_t>(closestVertexIndex(pt))];
+  }
+  checkEmptyContour();
+  gkVector<2> candidate;
+  double best = std::numeric_limits<double>::infinity();
+  // Degenerate segments take part; strictly smaller keeps the earlier segment of the walk on a
+  // tie, so on a closed contour the closing segment wins.
+  gk::detail::forEachSegment(points_, isClosed(),
+                             [&](std::size_t, const gkVector<2>& p1, const gkVector<2>& p2) {
+                               const double d = gkLineSeg(p1, p2).distToPoint(pt);
+                               if (d < best) {
+                                 best = d;
+                                 const gkVector<2> dir = p2 - p1;
+                                 const double t = (pt - p1).dot(dir) / dir.dot(dir);
+                                 // `!(t > 0)` also sends the NaN parameter of a zero-length segment
+                                 // to p1.
+                                 if (!(t > 0.0)) {
+                                   candidate = p1;
+                                 } else if (t >= 1.0) {
+                                   candidate = p2;
+                                 } else {
+                                   candidate = gkLine(p1, p2).proj(pt);
+                                 }
+                               }
+                             });
+  return candidate;
+}
+
+double gkContour::distToPoint(const gkVector<2>& pt, bool verticesOnly) const {
+  return pt.distance(closestPoint(pt, verticesOnly));
+}
+
+std::vector<int> gkContour::vertexIndex(const gkVector<2>& pt, double tolerance) const {
+  checkEmptyContour();
+  if (!(tolerance > 0.0) || !std::isfinite(tolerance)) {
+    throw gkContourDefs::BadParams(L"vertexIndex: the tolerance must be a positive finite number");
+  }
+  if (!vertexGrid_) {
+    vertexGrid_.reset(new VertexGrids);
+  }
+  // Grids are matched by exact tolerance: a tolerance one bit different builds its own grid.
+  auto grid = std::find_if(vertexGrid_->begin(), vertexGrid_->end(),
+                           [tolerance](const auto& g) { return g.first == tolerance; });
+  if (grid == vertexGrid_->end()) {
+    vertexGrid_->emplace_back(tolerance, VertexGrids::value_type::second_type());
+    grid = vertexGrid_->end() - 1;
+    for (std::size_t j = 0; j < points_.size(); ++j) {
+      const gkPair<long> cell(gridCell(points_[j].x(), tolerance),
+                              gridCell(points_[j].y(), tolerance));
+      grid->second[cell].push_back(static_cast<int>(j));
+    }
+  }
+  const long cx = gridCell(pt.x(), tolerance);
+  const long cy = gridCell(pt.y(), tolerance);
+  std::vector<int> result;
+  for (long a = cx - 1; a <= cx + 1; ++a) {
+    for (long b = cy - 1; b <= cy + 1; ++b) {
+      const auto cell = grid->second.find(gkPair<long>(a, b));
+      if (cell == grid->second.end()) {
+        continue;
+      }
+      for (const int j : cell->second) {
+        if (pt.distance(points_[static_cast<std::size_t>(j)]) < tolerance) {
+          result.push_back(j);
+        }
+      }
+    }
+  }
+  return result;
+}
+
+std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
+                                                  std::vector<int>& segIndices,
+                                                  bool includeEnds) const {
+  checkEmptyContour();
+  segIndices.clear();
+  const gkLine queryLine = seg.line();
+  const gkRect queryBox = gkRect(seg.p2(), gkVector<2>()).enclose(gkRect(seg.p1(), gkVector<2>()));
+  if (!encloseRect(gkXform<2>()).overlaps(queryBox)) {
+    return {};
+  }
+  computeLineSegs();
+
+  std::vector<gkVector<2>> points;
+  std::vector<double> keys;
+  const gkVector<2> along = seg.p2() - seg.p1();
+  for (std::size_t k = 0; k < lineSegs_.size(); ++k) {
+    // Cheapest rejections first: degenerate, boxes apart, parallel.
+    if (!validLine_[k] || !segRects_[k].overlaps(queryBox) || lines_[k].isParallel(queryLine)) {
+      continue;
+    }
+    const gkLineSeg& s = lineSegs_[k];
+    // Without ends, a contour segment passing near either end of seg is dropped whole (even a
+    // crossing elsewhere on it), so that a segment starting on the contour does not see the
+    // contour where it starts.
+    if (!includeEnds &&
+        !(s.distToPoint(seg.p1()) > gkTolProximity && s.distToPoint(seg.p2()) > gkTolProximity)) {
+      continue;
+    }
+    const gkVector<2> p = lines_[k].intersect(queryLine);
+    if (!(s.distToPoint(p) < gkTolProximity && seg.distToPoint(p) < gkTolProximity)) {
+      continue;
+    }
+    points.push_back(p);
+    segIndices.push_back(static_cast<int>(k));
+    keys.push_back((p - seg.p1()).dot(along));
+  }
+
+  // Order along seg by an exchange sort: position i takes, in turn, every later record with a
+  // strictly smaller key. This exact order (it is not a stable sort) is the one callers see.
+  const std::size_t m = points.size();
+  for (std::size_t i = 0; i + 1 < m; ++i) {
+    for (std::size_t j = i + 1; j < m; ++j) {
+      if (keys[i] > keys[j]) {
+        std::swap(keys[i], keys[j]);
+        std::swap(points[i], points[j]);
+        std::swap(segIndices[i], segIndices[j]);
+      }
+    }
+  }
+  return points;
+}
+
+std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg, bool includeEnds) const {
+  std::vector<int> segIndices;
+  return intersections(seg, segIndices, includeEnds);
+}
+
+std::vector<gkVector<2>> gkContour::intersections(const gkContour& other) const {
+  checkEmptyContour();
+  std::vector<gkVector<2>> result;
+  gk::detail::forEachSegment(other.points_, other.isClosed(),
+                             [&](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
+                               const std::vector<gkVector<2>> found =
+                                   intersections(gkLineSeg(p, q), true);
+                               result.insert(result.end(), found.begin(), found.end());
+                             });
+  return result;
+}
+
+bool gkContour::isSelfIntersecting() const {
+  if (points_.size() < 2) {
+    return false;
+  }
+  if (selfIntersectingValid_) {
+    return selfIntersecting_;
+  }
+  computeLineSegs();
+  selfIntersecting_ = false;
+  for (std::size_t k = 0; k < lineSegs_.size(); ++k) {
+    // Without ends, segment k itself and its two neighbours (which touch its ends) never count.
+    if (validLine_[k] && !intersections(gkLineSeg(lineSegs_[k]), false).empty()) {
+      selfIntersecting_ = true;
+      break;
+    }
+  }
+  selfIntersectingValid_ = true;
+  return selfIntersecting_;
+}
+
+double gkContour::medianFeatureSize() const {
+  checkEmptyContour();
+  if (!medianValid_) {
+    std::vector<double> lengths;
+    lengths.reserve(static_cast<std::size_t>(segmentCount()));
+    gk::detail::forEachSegment(points_, isClosed(),
+                               [&lengths](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
+                                 lengths.push_back(p.distance(q));
+                               });
+    // NaN lengths would break a plain < sort; the NaN-aware order puts them last, so the
+    // median is defined whatever the vertices hold.
+    std::sort(lengths.begin(), lengths.end(), gk::detail::lessNaNLast);
+    medianFeatureSize_ = lengths[lengths.size() / 2];
+    medianValid_ = true;
+  }
+  return medianFeatureSize_;
+}

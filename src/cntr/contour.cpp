@@ -5,6 +5,7 @@
 #include <gk/base/numeric.h>
 #include <gk/base/tolerances.h>
 #include <gk/cntr/errors/contour_errors.h>
+#include <gk/cntr/region.h>
 
 #include "base/detail/total_order.h"
 #include "cntr/detail/segment_walk.h"
@@ -62,6 +63,8 @@ gkContour& gkContour::operator=(const gkContour& other) {
   mean_ = other.mean_;
   lengthValid_ = other.lengthValid_;
   length_ = other.length_;
+  hullValid_ = other.hullValid_;
+  hull_ = other.hull_;
   encloseRectCache_ = other.encloseRectCache_;
   circleValid_ = other.circleValid_;
   circles_ = other.circles_;
@@ -236,6 +239,8 @@ void gkContour::cleanCacheInfo() {
   meanValid_ = false;
   length_ = 0.0;
   lengthValid_ = false;
+  // The hull handle itself is kept until the next convexHull() overwrites it.
+  hullValid_ = false;
   circleValid_.assign(2, false);
   circles_.assign(2, gkCircle());
   ellipseValid_ = false;

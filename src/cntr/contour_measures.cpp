@@ -1,10 +1,12 @@
 #include <cmath>
 #include <limits>
 
+#include <gk/base/convex_hull.h>
 #include <gk/base/numeric.h>
 #include <gk/base/tolerances.h>
 #include <gk/cntr/contour.h>
 #include <gk/cntr/errors/contour_errors.h>
+#include <gk/cntr/region.h>
 
 #include "cntr/detail/segment_walk.h"
 
@@ -184,6 +186,19 @@ gkCircle gkContour::encloseCircle(gkContourDefs::DiameterMode mode) const {
 
 double gkContour::diameter(gkContourDefs::DiameterMode mode) const {
   return 2.0 * encloseCircle(mode).radius();
+}
+
+void gkContour::convexHull(gkRegion& out) const {
+  checkEmptyContour();
+  if (!hullValid_) {
+    std::vector<gkVector<2>> hullPoints;
+    gwConvexHull(points_, hullPoints);
+    hull_ = gkPtrHandle<gkRegion>(new gkRegion(hullPoints, gkContourDefs::eIgnore));
+    hullValid_ = true;
+  }
+  // Hold a second handle while assigning: out may be the region that owns this cache.
+  const gkPtrHandle<gkRegion> keep = hull_;
+  out = *keep;
 }
 
 void gkContour::draw(gkUITablet& tablet, gkContourDefs::DrawMode /*mode*/, const gkColor& color,

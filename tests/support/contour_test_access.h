@@ -17,6 +17,10 @@ class gkContourTestAccess {
   static auto& encloseRectCache(const gkContour& c) { return c.encloseRectCache_; }
   static auto& extremalCache(const gkContour& c) { return c.extremalCache_; }
   static auto& vertexGrid(const gkContour& c) { return c.vertexGrid_; }
+  static bool lengthValid(const gkContour& c) { return c.lengthValid_; }
+  static bool hullValid(const gkContour& c) { return c.hullValid_; }
+  static const gkRegion* hull(const gkContour& c) { return c.hull_.get(); }
+  static double medianFeatureSize(const gkContour& c) { return c.medianFeatureSize(); }
 
   /// Marks every plain cache valid with recognisable values, as queries would.
   static void fillPlainCaches(const gkContour& c) {
@@ -37,11 +41,12 @@ class gkContourTestAccess {
 
   /// True when no cache of any kind is valid or allocated.
   static bool noCache(const gkContour& c) {
-    return !c.meanValid_ && !c.lengthValid_ && c.length_ == 0.0 && !c.ellipseValid_ &&
-           c.ellipseResidual_ == 0.0 && !c.selfIntersectingValid_ && !c.lineSegsValid_ &&
-           !c.linesValid_ && !c.segRectsValid_ && !c.medianValid_ && c.medianFeatureSize_ == 0.0 &&
-           c.circleValid_ == std::vector<bool>(2, false) && c.circles_.size() == 2 &&
-           !c.encloseRectCache_.allocated() && !c.extremalCache_.allocated() && !c.vertexGrid_;
+    return !c.meanValid_ && !c.hullValid_ && !c.lengthValid_ && c.length_ == 0.0 &&
+           !c.ellipseValid_ && c.ellipseResidual_ == 0.0 && !c.selfIntersectingValid_ &&
+           !c.lineSegsValid_ && !c.linesValid_ && !c.segRectsValid_ && !c.medianValid_ &&
+           c.medianFeatureSize_ == 0.0 && c.circleValid_ == std::vector<bool>(2, false) &&
+           c.circles_.size() == 2 && !c.encloseRectCache_.allocated() &&
+           !c.extremalCache_.allocated() && !c.vertexGrid_;
   }
 
   static void checkEmptyContour(const gkContour& c) { c.checkEmptyContour(); }

@@ -15,6 +15,7 @@
 #include <gk/base/pair.h>
 #include <gk/base/persistent.h>
 #include <gk/base/polygon.h>
+#include <gk/base/ptr_handle.h>
 #include <gk/base/rect.h>
 #include <gk/base/rep_base.h>
 #include <gk/base/ui_tablet.h>
@@ -237,7 +238,6 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
 
  private:
   friend class gkContourTestAccess;
-  class gkRegion;
 
   unsigned long label_ = 0;
   bool isClosed_ = true;
@@ -254,6 +254,9 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   mutable std::vector<bool> circleValid_ = std::vector<bool>(2, false);
   mutable std::vector<gkCircle> circles_ = std::vector<gkCircle>(2);
   mutable gk::detail::BoundedKeyedCache<gkRadian, int> extremalCache_;
+  mutable bool hullValid_ = false;
+  // Shared by copies (a copy takes the handle, not a new region).
+  mutable gkPtrHandle<gkRegion> hull_;
   mutable bool ellipseValid_ = false;
   mutable gkEllipse ellipse_;
   mutable double ellipseResidual_ = 0.0;

@@ -1,0 +1,147 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <gk/base/tolerances.h>
+#include <gk/cntr/region.h>
+
+#include "base/detail/total_order.h"
+
+namespace {
+
+/// pi as the containment ray's gap threshold uses it.
+constexpr double kPi = 3.141592653589793;
+
+}  // namespace
+
+long gkRegion::insideCount(const gkVector<2>& pt, bool bothDirections) const {
+  if (!encloseRect(gkXform<2>()).within(pt)) {
+    return 0;
+  }
+  const std::size_t n = points().size();
+  const double threshold = kPi / static_cast<double>(n);
+  std::vector<double> angles;
+  angles.reserve(n);
+  for (const gkVector<2>& vertex : points()) {
+    const gkVector<2> v = vertex - pt;
+    // A point on a vertex counts as inside, deliberately: no ray can be aimed through it.
+    if (v.len() <= gkTolProximity) {
+      return 1;
+    }
+    angles.push_back(v.angle().norm().toDouble());
+  }
+  // Aim the ray through the first gap between vertex directions wider than pi/n (the bisector
+  // of that gap), so that it rarely passes through a vertex, where crossings double up.
+  std::sort(angles.begin(), angles.end(), gk::detail::lessNaNLast);
+  gkVector<2> direction(1.0, 0.0);
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::size_t j = i + 1 == n ? 0 : i + 1;
+    const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
+    if (gap > threshold) {
+      direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
+      break;
+    }
+  }
+  // Twice the greatest distance from vertex 0: a length meant to cross the whole boundary.
+  const double length = diameter(gkContourDefs::eFirstVertexCentered);
+  long count =
+      static_cast<long>(intersections(gkLineSeg(pt, pt + direction * length), false, false).size());
+  if (bothDirections) {
+    const long back = static_cast<long>(
+        intersections(gkLineSeg(pt, pt - direction * length), false, false).size());
+    count = std::min(count, back);
+  }
+  return count;
+}
+
+bool gkRegion::inside(const gkVector<2>& pt, bool considerHoles) const {
+  if (insideCount(pt, false) % 2 == 0) {
+    return false;
+  }
+  if (!considerHoles) {
+    return true;
+  }
+  for (const gkPtrHandle_const<gkRegion>& hole : holes_) {
+    // The hole answers with its own holes, so an island inside a hole is inside the region.
+    if (hole->inside(pt, true)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+long gkRegion::closestVertexIndex(const gkVector<2>& pt, bool considerHoles,
+                                  long& holeIndex) const {
+  holeIndex = -1;
+  long index = gkContour::closestVertexIndex(pt);
+  if (!considerHoles || holes_.empty()) {
+    return index;
+  }
+  double best = pt.distance(points()[static_cast<std::size_t>(index)]);
+  for (std::size_t k = 0; k < holes_.size(); ++k) {
+    const gkRegion& hole = *holes_[k];
+    const long j = hole.gkContour::closestVertexIndex(pt);
+    const double d = pt.distance(hole.points()[static_cast<std::size_t>(j)]);
+    // Strictly smaller: ties keep the boundary, then the earlier hole.
+    if (d < best) {
+      holeIndex = static_cast<long>(k);
+      best = d;
+      index = j;
+    }
+  }
+  return index;
+}
+
+gkVector<2> gkRegion::closestPoint(const gkVector<2>& pt, bool verticesOnly,
+                                   bool considerHoles) const {
+  if (verticesOnly) {
+    long holeIndex = -1;
+    const long index = closestVertexIndex(pt, considerHoles, holeIndex);
+    const gkRegion& owner = holeIndex < 0 ? *this : *holes_[static_cast<std::size_t>(holeIndex)];
+    return owner.points()[static_cast<std::size_t>(index)];
+  }
+  // Here the holes are searched whatever considerHoles says: the nearest boundary point is the
+  // nearest point of any boundary, hole outlines included (kept asymmetric on purpose).
+  gkVector<2> candidate = gkContour::closestPoint(pt, false);
+  double best = pt.distance(candidate);
+  for (const gkPtrHandle_const<gkRegion>& hole : holes_) {
+    const gkVector<2> p = hole->gkContour::closestPoint(pt, false);
+    const double d = pt.distance(p);
+    if (d < best) {
+      best = d;
+      candidate = p;
+    }
+  }
+  return candidate;
+}
+
+double gkRegion::distToPoint(const gkVector<2>& pt, bool verticesOnly, bool considerHoles,
+                             bool zeroIfInside) const {
+  if (zeroIfInside && inside(pt, considerHoles)) {
+    return 0.0;
+  }
+  return pt.distance(closestPoint(pt, verticesOnly, considerHoles));
+}
+
+std::vector<gkVector<2>> gkRegion::intersections(const gkLineSeg& seg, bool includeEnds,
+                                                 bool considerHoles) const {
+  std::vector<gkVector<2>> result = gkContour::intersections(seg, includeEnds);
+  if (considerHoles) {
+    for (const gkPtrHandle_const<gkRegion>& hole : holes_) {
+      const std::vector<gkVector<2>> more = hole->gkContour::intersections(seg, includeEnds);
+      result.insert(result.end(), more.begin(), more.end());
+    }
+  }
+  return result;
+}
+
+std::vector<gkVector<2>> gkRegion::intersections(const gkContour& c, bool considerHoles) const {
+  std::vector<gkVector<2>> result = gkContour::intersections(c);
+  if (considerHoles) {
+    for (const gkPtrHandle_const<gkRegion>& hole : holes_) {
+      const std::vector<gkVector<2>> more = hole->gkContour::intersections(c);
+      result.insert(result.end(), more.begin(), more.end());
+    }
+  }
+  return result;
+}

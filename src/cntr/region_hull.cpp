@@ -1,0 +1,245 @@
+#include <cstddef>
+#include <vector>
+
+#include <gk/base/assert.h>
+#include <gk/base/tolerances.h>
+#include <gk/cntr/errors/contour_errors.h>
+#include <gk/cntr/region.h>
+
+namespace {
+
+using Points = std::vector<gkVector<2>>;
+
+/// The probe that tests a candidate start edge reaches this fraction of the median segment
+/// length to either side of the edge.
+constexpr double kProbeDivisor = 100.0;
+
+/// Vertices of the walked boundary closer than this are one vertex when loops are split and
+/// merged.
+constexpr double kVertexCoincidence = 1e-6;
+
+/// Index arithmetic modulo n, for indices at most one turn out of range.
+std::size_t wrapIndex(long k, std::size_t n) {
+  const long m = static_cast<long>(n);
+  return static_cast<std::size_t>(k < 0 ? k + m : (k >= m ? k - m : k));
+}
+
+/// The vertices wrap(from), ..., wrap(to) of a loop of n, in order (to >= from - 1).
+Points loopRun(const Points& v, long from, long to) {
+  Points run;
+  for (long i = from; i <= to; ++i) {
+    run.push_back(v[wrapIndex(i, v.size())]);
+  }
+  return run;
+}
+
+}  // namespace
+
+void gkRegion::regularize(gkRegion& result) const {
+  cachedWalk(result, false, regularizedValid_, regularized_);
+}
+
+void gkRegion::outerHull(gkRegion& result) const {
+  cachedWalk(result, true, outerHullValid_, outerHull_);
+}
+
+void gkRegion::cachedWalk(gkRegion& result, bool hullOnly, bool& valid,
+                          gkPtrHandle<gkRegion>& slot) const {
+  if (!isSelfIntersecting()) {
+    result = *this;
+    return;
+  }
+  if (!valid) {
+    slot = gkPtrHandle<gkRegion>(new gkRegion());
+    outerHullRegularize(*slot, hullOnly);
+    valid = true;
+  }
+  // A second handle keeps the cached region alive while it is assigned: when result is this
+  // region, the assignment overwrites the very handle that owns it.
+  const gkPtrHandle<gkRegion> keep = slot;
+  result = *keep;
+}
+
+void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
+  checkEmptyContour();
+  const Points& v = points();
+  const std::size_t n = v.size();
+  const double eps = medianFeatureSize() / kProbeDivisor;
+
+  // Start edge: the first edge v[i] -> v[i+1] (the closing edge is never a candidate) that a
+  // short probe across its midpoint crosses alone, that meets the rest of the boundary only at
+  // its two ends, and that has the outside on one side.
+  long start = -1;
+  for (std::size_t i = 0; i + 1 < n && start < 0; ++i) {
+    const gkVector<2> mid = (v[i] + v[i + 1]) / 2.0;
+    const gkVector<2> u = (v[i] - v[i + 1]).unit();
+    const gkVector<2> w = gkVector<2>(-u.y(), u.x()) * eps;
+    const gkVector<2> a = mid + w;
+    const gkVector<2> b = mid - w;
+    const std::size_t c1 = intersections(gkLineSeg(a, b), true, false).size();
+    const std::size_t c2 = intersections(gkLineSeg(v[i], v[i + 1]), true, false).size();
+    const bool outside = insideCount(a, true) == 0 || insideCount(b, true) == 0;
+    if (c1 == 1 && c2 == 2 && outside) {
+      start = static_cast<long>(i);
+    }
+  }
+  if (start < 0) {
+    throw gkContourDefs::BadParams(L"invalid contour");
+  }
+
+  // A walk that has not come back after this many steps never will: every step ends on a
+  // vertex or on a crossing, and a walk that returns visits each of those at most a few times
+  // (a crossing twice, once per branch). Counting the crossings with ends included over every
+  // segment over-counts them, which only makes the bound safer.
+  std::size_t crossings = 0;
+  for (std::size_t k = 0; k < lineSegs().size(); ++k) {
+    if (validLine()[k]) {
+      crossings += gkContour::intersections(gkLineSeg(lineSegs()[k]), true).size();
+    }
+  }
+  const std::size_t maxSteps = 4 * (n + crossings) + 4;
+
+  Points walked;
+  const gkVector<2> home = v[static_cast<std::size_t>(start)];
+  gkVector<2> p = home;
+  long cursor = start + 1;
+  bool forward = true;
+  std::vector<int> segIndices;
+  for (std::size_t step = 0;; ++step) {
+    if (step > 0 && p == home) {
+      break;
+    }
+    if (step >= maxSteps) {
+      throw gkContourDefs::BadParams(L"invalid contour");
+    }
+    const gkVector<2> target = forward ? v[wrapIndex(cursor, n)] : v[wrapIndex(cursor - 1, n)];
+    const Points crossed = gkContour::intersections(gkLineSeg(p, target), segIndices, false);
+    if (!crossed.empty()) {
+      // Turn onto the crossed segment k (from v[k-1] to v[k]) and reverse: forward now heads
+      // for v[k], backward for v[k-1].
+      p = crossed.front();
+      cursor = segIndices.front();
+      forward = !forward;
+    } else {
+      p = target;
+      cursor = static_cast<long>(wrapIndex(forward ? cursor + 1 : cursor - 1, n));
+    }
+    walked.push_back(p);
+  }
+
+  if (!hullOnly) {
+    result = gkRegion(walked, gkContourDefs::eIgnore);
+    return;
+  }
+
+  // Split the walked boundary into simple loops at every repeated vertex.
+  std::vector<gkRegion> loops;
+  loops.emplace_back(walked, gkContourDefs::eIgnore);
+  for (bool split = true; split;) {
+    split = false;
+    for (std::size_t r = 0; r < loops.size() && !split; ++r) {
+      const Points lv = loops[r].points();
+      const long m = static_cast<long>(lv.size());
+      for (long j = 0; j < m && !split; ++j) {
+        for (const int found :
+             loops[r].vertexIndex(lv[static_cast<std::size_t>(j)], kVertexCoincidence)) {
+          long q = found;
+          if (q == j) {
+            continue;
+          }
+          if (q < j) {
+            q += m;
+          }
+          loops[r] = gkRegion(loopRun(lv, j, q - 1), gkContourDefs::eIgnore);
+          loops.emplace_back(loopRun(lv, q, j + m - 1), gkContourDefs::eIgnore);
+          split = true;
+          break;
+        }
+      }
+    }
+  }
+
+  // Drop every loop that lies inside another (tested at the midpoint of its first edge).
+  std::vector<gkRegion> kept = loops;
+  for (bool removed = true; removed;) {
+    removed = false;
+    for (std::size_t a = 0; a < kept.size() && !removed; ++a) {
+      const Points& av = kept[a].points();
+      GK_ASSERT(av.size() >= 2);
+      const gkVector<2> mid = (av[1] + av[0]) / 2.0;
+      for (std::size_t b = 0; b < kept.size(); ++b) {
+        if (b != a && kept[b].inside(mid, true)) {
+          kept[a] = kept.back();
+          kept.pop_back();
+          removed = true;
+          break;
+        }
+      }
+    }
+  }
+  loops = kept;
+
+  // Merge loops that share a vertex into one boundary through that vertex.
+  for (bool merged = true; merged;) {
+    merged = false;
+    for (std::size_t a = 0; a + 1 < loops.size() && !merged; ++a) {
+      for (std::size_t b = a + 1; b < loops.size() && !merged; ++b) {
+        const Points av = loops[a].points();
+        const long ma = static_cast<long>(av.size());
+        for (long j = 0; j < ma; ++j) {
+          const std::vector<int> shared =
+              loops[b].vertexIndex(av[static_cast<std::size_t>(j)], kVertexCoincidence);
+          if (shared.empty()) {
+            continue;
+          }
+          const Points bv = loops[b].points();
+          const long q = shared.front();
+          Points joined = loopRun(av, j, j + ma - 1);
+          const Points tail = loopRun(bv, q, q + static_cast<long>(bv.size()) - 1);
+          joined.insert(joined.end(), tail.begin(), tail.end());
+          loops[a] = gkRegion(joined, gkContourDefs::eIgnore);
+          loops[b] = loops.back();
+          loops.pop_back();
+          merged = true;
+          break;
+        }
+      }
+    }
+  }
+
+  if (loops.size() != 1) {
+    gwAssertFailed("cntr/region", 618, "exactly one loop remains after merging");
+  }
+  result = loops.front();
+}
+
+void gkRegion::splice(const gkRegion& other, gkRegion& result) const {
+  const std::vector<gkLineSeg>& segs = lineSegs();
+  const std::vector<bool>& valid = validLine();
+  std::vector<int> segIndices;
+  for (std::size_t k = 0; k < segs.size(); ++k) {
+    if (!valid[k]) {
+      continue;
+    }
+    const Points crossed = other.gkContour::intersections(segs[k], segIndices, true);
+    if (crossed.empty()) {
+      continue;
+    }
+    // X is the crossing nearest the start v[k-1] of segment k; q the segment of other it is on.
+    const gkVector<2> x = crossed.front();
+    const long q = segIndices.front();
+    const Points& av = points();
+    const Points& bv = other.points();
+    Points joined;
+    joined.reserve(av.size() + bv.size() + 2);
+    joined.push_back(x);
+    const Points aRun = loopRun(av, static_cast<long>(k), static_cast<long>(k + av.size()) - 1);
+    joined.insert(joined.end(), aRun.begin(), aRun.end());
+    joined.push_back(x);
+    const Points bRun = loopRun(bv, q, q + static_cast<long>(bv.size()) - 1);
+    joined.insert(joined.end(), bRun.begin(), bRun.end());
+    result = gkRegion(joined, gkContourDefs::eIgnore);
+    return;
+  }
+  throw gkContourDefs::BadParams(L"spliced regions do not intersect");
+}

@@ -23,7 +23,8 @@ gkRadian gkRadian::norm() const {
   }
   // A tiny negative remainder plus 2*pi can round up to 2*pi itself, which is outside the range;
   // that angle is one full turn, i.e. 0.
-  if (r >= kTwoPi) {
+  // A remainder of -0.0 is the same angle as 0; give the canonical +0.0.
+  if (r >= kTwoPi || r == 0.0) {
     r = 0.0;
   }
   return gkRadian(r);

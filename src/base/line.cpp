@@ -1,41 +1,65 @@
 #include <gk/base/line.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include <gk/base/tolerances.h>
+
+namespace {
+
+/// d scaled by a power of two so that its larger coordinate lies in [0.5, 1). Scaling by a power
+/// of two is exact, so every ratio below comes out bit for bit as from d itself, but squares and
+/// cross products of the scaled direction can neither overflow nor underflow, whatever the
+/// extent of the line (a direction of length 1e-170 squares to 0, one of length 1e160 to inf).
+gkVector<2> scaledDirection(const gkVector<2>& d) {
+  const double m = std::max(std::fabs(d.x()), std::fabs(d.y()));
+  if (m == 0.0 || !std::isfinite(m)) {
+    return d;
+  }
+  int e = 0;
+  std::frexp(m, &e);
+  return gkVector<2>(std::ldexp(d.x(), -e), std::ldexp(d.y(), -e));
+}
+
+}  // namespace
 
 bool gkLine::isParallel(const gkLine& other) const {
   if (isDegenerate() || other.isDegenerate()) {
     return true;
   }
   // |d1 x d2| = |d1| |d2| sin(angle): compare the sine, not the raw cross product, so that the
-  // answer is the same at every scale. Written without division so huge lengths cannot overflow
-  // to an inf/inf.
-  const double cross = direction_.cross(other.direction_);
-  return std::fabs(cross) <= gkTolParallelSine * direction_.len() * other.direction_.len();
+  // answer is the same at every scale. Written without division, on directions brought to unit
+  // order of magnitude, so huge or tiny lengths cannot overflow or underflow.
+  const gkVector<2> d1 = scaledDirection(direction_);
+  const gkVector<2> d2 = scaledDirection(other.direction_);
+  return std::fabs(d1.cross(d2)) <= gkTolParallelSine * d1.len() * d2.len();
 }
 
 gkVector<2> gkLine::intersect(const gkLine& other) const {
   if (isParallel(other)) {
     return point_;
   }
-  // point_ + t * direction_ lies on the other line where (q - p) x e == t * (d x e).
-  const double t =
-      (other.point_ - point_).cross(other.direction_) / direction_.cross(other.direction_);
-  return point_ + direction_ * t;
+  // point_ + t * d lies on the other line where (q - p) x e == t * (d x e). With d and e scaled
+  // by powers of two, t is in units of the scaled d, and the product below is that of d itself.
+  const gkVector<2> d = scaledDirection(direction_);
+  const gkVector<2> e = scaledDirection(other.direction_);
+  const double t = (other.point_ - point_).cross(e) / d.cross(e);
+  return point_ + d * t;
 }
 
 gkVector<2> gkLine::proj(const gkVector<2>& pt) const {
   if (isDegenerate()) {
     return point_;
   }
-  const double t = (pt - point_).dot(direction_) / direction_.dot(direction_);
-  return point_ + direction_ * t;
+  const gkVector<2> d = scaledDirection(direction_);
+  const double t = (pt - point_).dot(d) / d.dot(d);
+  return point_ + d * t;
 }
 
 double gkLine::distToPoint(const gkVector<2>& pt) const {
   if (isDegenerate()) {
     return pt.distance(point_);
   }
-  return std::fabs(direction_.cross(pt - point_)) / direction_.len();
+  const gkVector<2> d = scaledDirection(direction_);
+  return std::fabs(d.cross(pt - point_)) / d.len();
 }

@@ -1,1 +1,357 @@
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include <gk/base/convex_hull.h>
+#include <gk/base/vector.h>
+
+namespace {
+
+using V = gkVector<2>;
+using Points = std::vector<V>;
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+Points hullOf(const Points& points) {
+  Points hull;
+  gwConvexHull(points, hull);
+  return hull;
+}
+
+double signedArea(const Points& polygon) {
+  double twice = 0.0;
+  for (std::size_t i = 0; i < polygon.size(); ++i) {
+    twice += polygon[i].cross(polygon[(i + 1) % polygon.size()]);
+  }
+  return twice / 2.0;
+}
+
+/// Jarvis' gift wrapping, written for clarity rather than speed, as an independent reference.
+/// From the current corner, the next corner is the point with no other point to its right;
+/// among points on that supporting line the farthest, so that edge points are skipped.
+/// It starts from the smallest (x, y) point, which is always a strict corner.
+Points referenceHull(const Points& input) {
+  Points pts;
+  for (const V& p : input) {
+    if (std::isfinite(p.x()) && std::isfinite(p.y()) &&
+        std::find(pts.begin(), pts.end(), p) == pts.end()) {
+      pts.push_back(p);
+    }
+  }
+  if (pts.size() < 2) {
+    return pts;
+  }
+  const V start = *std::min_element(pts.begin(), pts.end(), [](const V& a, const V& b) {
+    return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y());
+  });
+  Points hull;
+  V cur = start;
+  do {
+    hull.push_back(cur);
+    if (hull.size() > pts.size()) {
+      ADD_FAILURE() << "reference hull does not close";
+      return hull;
+    }
+    V next = cur == pts[0] ? pts[1] : pts[0];
+    for (const V& r : pts) {
+      if (r == cur) {
+        continue;
+      }
+      const double c = (next - cur).cross(r - cur);
+      const V dr = r - cur;
+      const V dn = next - cur;
+      if (c < 0.0 || (c == 0.0 && dr.dot(dr) > dn.dot(dn))) {
+        next = r;
+      }
+    }
+    cur = next;
+  } while (cur != start);
+  return hull;
+}
+
+void expectSameHull(const Points& points) {
+  const Points got = hullOf(points);
+  const Points want = referenceHull(points);
+  ASSERT_EQ(got.size(), want.size());
+  for (std::size_t i = 0; i < got.size(); ++i) {
+    ASSERT_EQ(got[i], want[i]) << "vertex " << i << " of " << got.size();
+  }
+}
+
+}  // namespace
+
+// ---- documented rules on small examples ------------------------------------------------------
+
+TEST(ConvexHull, NoPointGivesAnEmptyHull) {
+  EXPECT_TRUE(hullOf({}).empty());
+}
+
+TEST(ConvexHull, OnePointGivesThatPoint) {
+  EXPECT_EQ(hullOf({V(0.1, 0.2)}), Points({V(0.1, 0.2)}));
+}
+
+TEST(ConvexHull, AllPointsEqualGiveThatPointOnce) {
+  EXPECT_EQ(hullOf({V(3.0, 4.0), V(3.0, 4.0), V(3.0, 4.0)}), Points({V(3.0, 4.0)}));
+  EXPECT_EQ(hullOf({V(1.0, 1.0), V(1.0, 1.0)}), Points({V(1.0, 1.0)}));
+}
+
+TEST(ConvexHull, TwoPointsGiveBothWithTheSmallerXFirst) {
+  EXPECT_EQ(hullOf({V(3.0, 1.0), V(1.0, 5.0)}), Points({V(1.0, 5.0), V(3.0, 1.0)}));
+  EXPECT_EQ(hullOf({V(1.0, 5.0), V(3.0, 1.0)}), Points({V(1.0, 5.0), V(3.0, 1.0)}));
+}
+
+TEST(ConvexHull, TwoPointsWithEqualXGiveTheSmallerYFirst) {
+  EXPECT_EQ(hullOf({V(2.0, 7.0), V(2.0, 3.0)}), Points({V(2.0, 3.0), V(2.0, 7.0)}));
+}
+
+TEST(ConvexHull, TriangleComesOutCounterClockwise) {
+  // Given clockwise, returned counter-clockwise from the smallest x.
+  const Points hull = hullOf({V(0.0, 0.0), V(0.0, 3.0), V(4.0, 0.0)});
+  EXPECT_EQ(hull, Points({V(0.0, 0.0), V(4.0, 0.0), V(0.0, 3.0)}));
+  EXPECT_EQ(signedArea(hull), 6.0);
+}
+
+TEST(ConvexHull, InteriorAndEdgePointsAreLeftOut) {
+  const Points pts = {V(2.0, 2.0), V(4.0, 4.0), V(2.0, 0.0), V(0.0, 4.0), V(1.0, 3.0),
+                      V(4.0, 0.0), V(4.0, 1.0), V(0.0, 0.0), V(0.0, 2.0), V(3.0, 4.0)};
+  EXPECT_EQ(hullOf(pts), Points({V(0.0, 0.0), V(4.0, 0.0), V(4.0, 4.0), V(0.0, 4.0)}));
+}
+
+TEST(ConvexHull, StartIsTheSmallestXAndAmongThoseTheSmallestY) {
+  const Points pts = {V(0.0, 5.0), V(3.0, -4.0), V(0.0, -2.0), V(6.0, 1.0), V(0.0, 1.0)};
+  const Points hull = hullOf(pts);
+  ASSERT_FALSE(hull.empty());
+  EXPECT_EQ(hull.front(), V(0.0, -2.0));
+  EXPECT_EQ(hull, Points({V(0.0, -2.0), V(3.0, -4.0), V(6.0, 1.0), V(0.0, 5.0)}));
+}
+
+TEST(ConvexHull, DuplicateCornersAppearOnce) {
+  const Points pts = {V(0.0, 0.0), V(1.0, 0.0), V(0.0, 1.0), V(1.0, 0.0),
+                      V(0.0, 0.0), V(0.0, 1.0), V(1.0, 0.0)};
+  EXPECT_EQ(hullOf(pts), Points({V(0.0, 0.0), V(1.0, 0.0), V(0.0, 1.0)}));
+}
+
+TEST(ConvexHull, EveryReturnedVertexIsAStrictCorner) {
+  // A regular grid: lots of points on every edge.
+  Points pts;
+  for (int x = 0; x <= 6; ++x) {
+    for (int y = 0; y <= 3; ++y) {
+      pts.emplace_back(x, y);
+    }
+  }
+  const Points hull = hullOf(pts);
+  ASSERT_EQ(hull, Points({V(0.0, 0.0), V(6.0, 0.0), V(6.0, 3.0), V(0.0, 3.0)}));
+  for (std::size_t i = 0; i < hull.size(); ++i) {
+    const V& a = hull[i];
+    const V& b = hull[(i + 1) % hull.size()];
+    const V& c = hull[(i + 2) % hull.size()];
+    EXPECT_GT((b - a).cross(c - b), 0.0) << i;
+  }
+}
+
+TEST(ConvexHull, CollinearPointsGiveTheTwoExtremesStartFirst) {
+  const Points pts = {V(2.0, 2.0), V(3.0, 3.0), V(0.0, 0.0), V(1.0, 1.0), V(2.0, 2.0)};
+  EXPECT_EQ(hullOf(pts), Points({V(0.0, 0.0), V(3.0, 3.0)}));
+}
+
+TEST(ConvexHull, CollinearPointsOnAVerticalLineStartAtTheSmallestY) {
+  EXPECT_EQ(hullOf({V(5.0, 9.0), V(5.0, 1.0), V(5.0, 4.0)}), Points({V(5.0, 1.0), V(5.0, 9.0)}));
+}
+
+TEST(ConvexHull, CollinearPointsOnADescendingLine) {
+  const Points pts = {V(1.0, 3.0), V(3.0, -1.0), V(0.0, 5.0), V(2.0, 1.0)};
+  EXPECT_EQ(hullOf(pts), Points({V(0.0, 5.0), V(3.0, -1.0)}));
+}
+
+TEST(ConvexHull, NonFinitePointsAreIgnored) {
+  const Points clean = {V(0.0, 0.0), V(2.0, 0.0), V(1.0, 2.0)};
+  Points dirty = clean;
+  dirty.insert(dirty.begin(), V(kNaN, 0.0));
+  dirty.emplace_back(-kInf, 1.0);
+  dirty.emplace_back(1.0, kInf);
+  dirty.emplace_back(kNaN, kNaN);
+  dirty.insert(dirty.begin() + 2, V(0.5, -kInf));
+  EXPECT_EQ(hullOf(dirty), hullOf(clean));
+  EXPECT_EQ(hullOf(dirty), Points({V(0.0, 0.0), V(2.0, 0.0), V(1.0, 2.0)}));
+}
+
+TEST(ConvexHull, OnlyNonFinitePointsGiveAnEmptyHull) {
+  EXPECT_TRUE(hullOf({V(kNaN, 1.0), V(kInf, kInf), V(0.0, -kInf)}).empty());
+}
+
+TEST(ConvexHull, OneFinitePointAmongNonFiniteOnesGivesThatPoint) {
+  EXPECT_EQ(hullOf({V(kNaN, 1.0), V(2.0, 3.0), V(kInf, 0.0)}), Points({V(2.0, 3.0)}));
+}
+
+TEST(ConvexHull, ReplacesWhateverTheOutputHeldBefore) {
+  Points hull = {V(9.0, 9.0), V(8.0, 8.0), V(7.0, 7.0), V(6.0, 6.0), V(5.0, 5.0)};
+  gwConvexHull({V(1.0, 1.0)}, hull);
+  EXPECT_EQ(hull, Points({V(1.0, 1.0)}));
+  gwConvexHull({}, hull);
+  EXPECT_TRUE(hull.empty());
+}
+
+TEST(ConvexHull, InputOrderDoesNotMatter) {
+  Points pts = {V(0.0, 0.0), V(5.0, 1.0), V(6.0, 4.0), V(2.0, 6.0), V(-1.0, 3.0),
+                V(2.0, 2.0), V(3.0, 3.0), V(1.0, 4.0), V(5.0, 1.0), V(0.0, 0.0)};
+  const Points expected = hullOf(pts);
+  EXPECT_EQ(expected, Points({V(-1.0, 3.0), V(0.0, 0.0), V(5.0, 1.0), V(6.0, 4.0), V(2.0, 6.0)}));
+  std::mt19937 rng(1);
+  for (int i = 0; i < 50; ++i) {
+    std::shuffle(pts.begin(), pts.end(), rng);
+    ASSERT_EQ(hullOf(pts), expected);
+  }
+}
+
+TEST(ConvexHull, HullOfAHullIsItself) {
+  const Points hull = hullOf({V(0.1, 0.2), V(3.7, -1.1), V(2.2, 4.9), V(-1.3, 2.6), V(1.0, 1.0)});
+  EXPECT_EQ(hullOf(hull), hull);
+}
+
+TEST(ConvexHull, HullHasPositiveArea) {
+  const Points hull = hullOf({V(0.1, 0.2), V(3.7, -1.1), V(2.2, 4.9), V(-1.3, 2.6), V(1.0, 1.0)});
+  ASSERT_GE(hull.size(), 3u);
+  EXPECT_GT(signedArea(hull), 0.0);
+}
+
+// ---- against the reference -------------------------------------------------------------------
+
+TEST(ConvexHullReference, ReferenceAgreesWithHandWorkedExamples) {
+  // The reference itself must get the documented rules right, or the comparisons prove nothing.
+  EXPECT_EQ(referenceHull({}), Points());
+  EXPECT_EQ(referenceHull({V(1.0, 1.0), V(1.0, 1.0)}), Points({V(1.0, 1.0)}));
+  EXPECT_EQ(referenceHull({V(2.0, 2.0), V(0.0, 0.0), V(1.0, 1.0)}),
+            Points({V(0.0, 0.0), V(2.0, 2.0)}));
+  EXPECT_EQ(referenceHull({V(0.0, 4.0), V(2.0, 0.0), V(4.0, 4.0), V(0.0, 0.0), V(4.0, 0.0),
+                           V(2.0, 2.0), V(0.0, 2.0)}),
+            Points({V(0.0, 0.0), V(4.0, 0.0), V(4.0, 4.0), V(0.0, 4.0)}));
+}
+
+TEST(ConvexHullReference, SmallIntegerGridsWithManyDuplicatesAndCollinearPoints) {
+  std::mt19937_64 rng(424242);
+  std::uniform_int_distribution<int> count(0, 40);
+  for (int extent : {1, 2, 3, 5, 10}) {
+    std::uniform_int_distribution<int> coord(0, extent);
+    for (int round = 0; round < 400; ++round) {
+      Points pts(static_cast<std::size_t>(count(rng)));
+      for (V& p : pts) {
+        p = V(coord(rng), coord(rng));
+      }
+      expectSameHull(pts);
+    }
+  }
+}
+
+TEST(ConvexHullReference, WideIntegerRange) {
+  std::mt19937_64 rng(77);
+  std::uniform_int_distribution<int> count(3, 200);
+  std::uniform_int_distribution<int> coord(-1000000, 1000000);
+  for (int round = 0; round < 300; ++round) {
+    Points pts(static_cast<std::size_t>(count(rng)));
+    for (V& p : pts) {
+      p = V(coord(rng), coord(rng));
+    }
+    expectSameHull(pts);
+  }
+}
+
+TEST(ConvexHullReference, PointsOnAFewLinesAndTheirIntersections) {
+  // Many points on three lines with integer slopes: long collinear runs on and off the hull.
+  std::mt19937_64 rng(31337);
+  std::uniform_int_distribution<int> t(-20, 20);
+  std::uniform_int_distribution<int> slope(-3, 3);
+  std::uniform_int_distribution<int> offset(-10, 10);
+  std::uniform_int_distribution<int> count(1, 60);
+  std::uniform_int_distribution<int> which(0, 3);
+  for (int round = 0; round < 500; ++round) {
+    const int m[3] = {slope(rng), slope(rng), slope(rng)};
+    const int c[3] = {offset(rng), offset(rng), offset(rng)};
+    Points pts(static_cast<std::size_t>(count(rng)));
+    for (V& p : pts) {
+      const int k = which(rng);
+      const int x = t(rng);
+      p = k == 3 ? V(c[0], x) : V(x, m[k] * x + c[k]);  // k == 3: a vertical line
+    }
+    expectSameHull(pts);
+  }
+}
+
+TEST(ConvexHullReference, AllCollinearInputs) {
+  std::mt19937_64 rng(8);
+  std::uniform_int_distribution<int> t(-50, 50);
+  std::uniform_int_distribution<int> dir(-4, 4);
+  std::uniform_int_distribution<int> count(1, 30);
+  for (int round = 0; round < 300; ++round) {
+    const V base(t(rng), t(rng));
+    const V d(dir(rng), dir(rng));
+    Points pts(static_cast<std::size_t>(count(rng)));
+    for (V& p : pts) {
+      p = base + d * t(rng);
+    }
+    expectSameHull(pts);
+    const Points hull = hullOf(pts);
+    EXPECT_LE(hull.size(), 2u);
+  }
+}
+
+TEST(ConvexHullReference, DyadicCoordinatesCloseTogether) {
+  // Multiples of 1/64: exact products, so every orientation is decided exactly.
+  std::mt19937_64 rng(64);
+  std::uniform_int_distribution<int> coord(-32, 32);
+  std::uniform_int_distribution<int> count(0, 80);
+  for (int round = 0; round < 400; ++round) {
+    Points pts(static_cast<std::size_t>(count(rng)));
+    for (V& p : pts) {
+      p = V(coord(rng) / 64.0, coord(rng) / 64.0);
+    }
+    expectSameHull(pts);
+  }
+}
+
+TEST(ConvexHullReference, RealCoordinatesInGeneralPosition) {
+  std::mt19937_64 rng(2718);
+  std::uniform_real_distribution<double> coord(-100.0, 100.0);
+  std::uniform_int_distribution<int> count(0, 300);
+  for (int round = 0; round < 300; ++round) {
+    Points pts(static_cast<std::size_t>(count(rng)));
+    for (V& p : pts) {
+      p = V(coord(rng), coord(rng));
+    }
+    expectSameHull(pts);
+  }
+}
+
+TEST(ConvexHullReference, PointsNearACircleKeepManyCorners) {
+  std::mt19937_64 rng(1414);
+  std::uniform_real_distribution<double> angle(0.0, 6.283185307179586);
+  std::uniform_real_distribution<double> radius(0.9, 1.0);
+  for (int round = 0; round < 100; ++round) {
+    Points pts(200);
+    for (V& p : pts) {
+      p = V(radius(rng) * 50.0, gkRadian(angle(rng)));
+    }
+    expectSameHull(pts);
+  }
+}
+
+TEST(ConvexHullReference, InputsWithNonFinitePointsMixedIn) {
+  std::mt19937_64 rng(99);
+  std::uniform_int_distribution<int> coord(0, 6);
+  std::uniform_int_distribution<int> count(0, 30);
+  std::uniform_int_distribution<int> junk(0, 5);
+  const V nonFinite[] = {V(kNaN, 0.0), V(0.0, kNaN), V(kInf, 1.0), V(1.0, -kInf), V(kNaN, kInf)};
+  for (int round = 0; round < 400; ++round) {
+    Points pts(static_cast<std::size_t>(count(rng)));
+    for (V& p : pts) {
+      const int j = junk(rng);
+      p = j < 5 && junk(rng) == 0 ? nonFinite[j] : V(coord(rng), coord(rng));
+    }
+    expectSameHull(pts);
+  }
+}

@@ -48,12 +48,30 @@ class gkVector<2> {
     const double dy = y_ - o.y_;
     return std::sqrt(dx * dx + dy * dy);
   }
-  /// This vector scaled to length 1. The zero vector has no direction and stays (0, 0).
+  /// This vector scaled to length 1. The zero vector has no direction and stays (0, 0). A
+  /// vector so short or long that len() underflows or overflows is first brought to unit order
+  /// by a power of two (an exact scaling), so it still gets its direction.
   gkVector unit() const {
     const double l = len();
-    return l == 0.0 ? gkVector() : gkVector(x_ / l, y_ / l);
+    if (l > 0.0 && l < HUGE_VAL) {
+      return gkVector(x_ / l, y_ / l);
+    }
+    const double m = std::fmax(std::fabs(x_), std::fabs(y_));
+    if (m == 0.0) {
+      return gkVector();
+    }
+    if (std::isnan(x_) || std::isnan(y_) || !(m < HUGE_VAL)) {
+      // NaN or infinite coordinates have no direction to give: the plain quotient says so.
+      return gkVector(x_ / l, y_ / l);
+    }
+    int e = 0;
+    std::frexp(m, &e);
+    const gkVector scaled(std::ldexp(x_, -e), std::ldexp(y_, -e));
+    const double ls = scaled.len();
+    return gkVector(scaled.x_ / ls, scaled.y_ / ls);
   }
-  /// Direction as atan2(y, x), in (-pi, pi].
+
+  /// Direction as atan2(y, x), in [-pi, pi] (-pi when y is -0.0 and x is negative).
   gkRadian angle() const { return gkRadian(std::atan2(y_, x_)); }
 
   /// Exact comparison, coordinate by coordinate.

@@ -40,4 +40,5 @@
 // Contours, regions and region sets.
 #include <gk/cntr/contour.h>
 #include <gk/cntr/region.h>
+#include <gk/cntr/region_set.h>
 #include <gk/cntr/contour_defs.h>

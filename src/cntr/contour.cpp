@@ -37,6 +37,10 @@ bool gkContour::XformKeyLess::operator()(const gkXform<2>& a, const gkXform<2>& 
   return false;
 }
 
+gkContour::gkContour() {
+  makeDataConsistentWithPoints();
+}
+
 gkContour::gkContour(const std::vector<gkVector<2>>& points, bool isClosed, unsigned long label)
     : label_(label), isClosed_(isClosed), points_(points) {
   makeDataConsistentWithPoints();

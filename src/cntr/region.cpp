@@ -2,11 +2,6 @@
 
 #include <gk/cntr/errors/contour_errors.h>
 
-gkRegion::gkRegion() : gkContour(std::vector<gkVector<2>>(), true, 0) {
-  cleanCacheInfo();
-  makeDataConsistentWithPoints();
-}
-
 namespace {
 
 /// The effect of a construction mode once the boundary is stored; other values act as eIgnore.
@@ -20,37 +15,41 @@ void applyMode(gkRegion& region, gkContourDefs::IntersectionMode mode) {
 
 }  // namespace
 
+// The contour part is a virtual base, built by the most derived class: a class derived from
+// gkRegion builds it empty. So every constructor installs its boundary by assignment, which
+// works whoever built the base.
+
+gkRegion::gkRegion() : gkContour() {
+  cleanCacheInfo();
+  makeDataConsistentWithPoints();
+}
+
 gkRegion::gkRegion(const std::vector<gkVector<2>>& points, gkContourDefs::IntersectionMode mode)
-    : gkContour(points, true, 0) {
+    : gkContour() {
+  gkContour::operator=(gkContour(points, true, 0));
   cleanCacheInfo();
   makeDataConsistentWithPoints();
   applyMode(*this, mode);
 }
 
-gkRegion::gkRegion(const gkPolygon& polygon, gkContourDefs::IntersectionMode mode)
-    : gkContour(polygon, 0) {
+gkRegion::gkRegion(const gkPolygon& polygon, gkContourDefs::IntersectionMode mode) : gkContour() {
+  gkContour::operator=(gkContour(polygon, 0));
   cleanCacheInfo();
   makeDataConsistentWithPoints();
   applyMode(*this, mode);
 }
 
-gkRegion::gkRegion(const gkContour& contour, gkContourDefs::IntersectionMode mode)
-    : gkContour(contour) {
+gkRegion::gkRegion(const gkContour& contour, gkContourDefs::IntersectionMode mode) : gkContour() {
+  gkContour::operator=(contour);
   // The contour's caches were computed for its own closed flag; a region is always closed.
   cleanCacheInfo();
   makeDataConsistentWithPoints();
   applyMode(*this, mode);
 }
 
-gkRegion::gkRegion(const gkRegion& other)
-    : gkPersistent(),
-      gkRepBase(),
-      gkContour(other),
-      holes_(other.holes_),
-      regularizedValid_(other.regularizedValid_),
-      regularized_(other.regularized_),
-      outerHullValid_(other.outerHullValid_),
-      outerHull_(other.outerHull_) {}
+gkRegion::gkRegion(const gkRegion& other) : gkPersistent(), gkRepBase(), gkContour() {
+  *this = other;
+}
 
 gkRegion& gkRegion::operator=(const gkRegion& other) {
   if (this == &other) {

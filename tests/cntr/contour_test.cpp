@@ -95,6 +95,14 @@ TEST(ContourConstruction, SegmentCacheOfNonFiniteVerticesIsBuiltWithoutFault) {
   EXPECT_EQ(Access::validLine(c).size(), 5u);
 }
 
+TEST(ContourConstruction, DefaultContourIsEmptyClosedWithLabelZero) {
+  const gkContour c;
+  EXPECT_TRUE(c.points().empty());
+  EXPECT_TRUE(c.isClosed());
+  EXPECT_EQ(c.label(), 0u);
+  EXPECT_EQ(c.cachedVectorSize(), 3);
+}
+
 TEST(ContourConstruction, MakeGivesAClosedEmptyContourWithLabelZero) {
   gkPersistent* p = gkContour::make();
   auto* c = dynamic_cast<gkContour*>(p);

@@ -315,3 +315,16 @@ TEST(ContourConvexHull, ARegionCanTakeItsOwnHull) {
   r.convexHull(r);
   EXPECT_EQ(r.points(), Points({{0, 0}, {2, 0}, {2, 2}, {0, 2}}));
 }
+
+TEST(RegionConstruction, AClassDerivedFromRegionGetsTheBoundaryItsConstructorWasGiven) {
+  // The contour part is a virtual base that the most derived class builds (here: empty), so
+  // the region constructors must install the boundary themselves.
+  struct Derived : gkRegion {
+    explicit Derived(const Points& pts) : gkRegion(pts) {}
+  };
+  const Derived d(gk::test::unitSquare());
+  EXPECT_EQ(d.points(), gk::test::unitSquare());
+  EXPECT_TRUE(d.inside(gkVector<2>(0.5, 0.5), true));
+  const Derived copy(d);
+  EXPECT_EQ(copy.points(), gk::test::unitSquare());
+}

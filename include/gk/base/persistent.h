@@ -13,8 +13,9 @@ class GK_EXPORT gkPersistent {
  public:
   virtual ~gkPersistent();
 
-  /// Marks the object changed.
-  void mutating() noexcept { ++changeCount_; }
+  /// Marks the object changed. Const, because filling a cache from a const query also counts
+  /// as a change for some shapes; the count is bookkeeping, not part of the object's value.
+  void mutating() const noexcept { ++changeCount_; }
   /// How many times mutating() was called on this object since it was built.
   unsigned long changeCount() const noexcept { return changeCount_; }
 
@@ -28,5 +29,5 @@ class GK_EXPORT gkPersistent {
   virtual void dispatchSerialize(gkArchive& ar);
 
  private:
-  unsigned long changeCount_ = 0;
+  mutable unsigned long changeCount_ = 0;
 };

@@ -57,6 +57,9 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   using VertexGrids =
       std::vector<std::pair<double, std::map<gkPair<long>, std::vector<int>, gzSTLLessPredicate>>>;
 
+  /// An empty closed contour with label 0 and the default bound 3.
+  gkContour();
+
   /// Copies the vertices exactly as given: nothing is removed or merged, and empty, one-vertex,
   /// repeated and non-finite vertex lists are all accepted. The cache bound starts at 3.
   gkContour(const std::vector<gkVector<2>>& points, bool isClosed, unsigned long label);

@@ -8,10 +8,12 @@
 #include <gk/base/assert.h>
 #include <gk/base/bounded_cache.h>
 #include <gk/base/circle.h>
+#include <gk/base/circle_fit.h>
 #include <gk/base/color.h>
 #include <gk/base/convex_hull.h>
 #include <gk/base/edgelet.h>
 #include <gk/base/ellipse.h>
+#include <gk/base/ellipse_fit.h>
 #include <gk/base/exception.h>
 #include <gk/base/line.h>
 #include <gk/base/line_seg.h>
@@ -37,8 +39,19 @@
 // Errors.
 #include <gk/cntr/errors/contour_errors.h>
 
+// Moments and ellipses.
+#include <gk/cntr/moments/ellipse_from_moments.h>
+#include <gk/cntr/moments/inertia_data.h>
+#include <gk/cntr/moments/polygon_moments.h>
+
 // Contours, regions and region sets.
 #include <gk/cntr/contour.h>
+#include <gk/cntr/contour_defs.h>
 #include <gk/cntr/region.h>
 #include <gk/cntr/region_set.h>
-#include <gk/cntr/contour_defs.h>
+
+// Shapes whose vertices carry edgelets.
+#include <gk/ch_core/contour_t.h>
+#include <gk/ch_core/datum_traits.h>
+#include <gk/ch_core/region_set_t.h>
+#include <gk/ch_core/region_t.h>

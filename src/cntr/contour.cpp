@@ -7,8 +7,8 @@
 #include <gk/cntr/errors/contour_errors.h>
 #include <gk/cntr/region.h>
 
+#include "base/detail/segment_walk.h"
 #include "base/detail/total_order.h"
-#include "cntr/detail/segment_walk.h"
 
 namespace {
 

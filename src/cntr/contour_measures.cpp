@@ -6,9 +6,10 @@
 #include <gk/base/tolerances.h>
 #include <gk/cntr/contour.h>
 #include <gk/cntr/errors/contour_errors.h>
+#include <gk/cntr/moments/ellipse_from_moments.h>
 #include <gk/cntr/region.h>
 
-#include "cntr/detail/segment_walk.h"
+#include "base/detail/segment_walk.h"
 
 namespace {
 
@@ -199,6 +200,16 @@ void gkContour::convexHull(gkRegion& out) const {
   // Hold a second handle while assigning: out may be the region that owns this cache.
   const gkPtrHandle<gkRegion> keep = hull_;
   out = *keep;
+}
+
+void gkContour::fitEllipse(gkEllipse& ellipse, double& residual) const {
+  checkEmptyContour();
+  if (!ellipseValid_) {
+    gw_FitEllipse(points_, ellipse_, ellipseResidual_);
+    ellipseValid_ = true;
+  }
+  ellipse = ellipse_;
+  residual = ellipseResidual_;
 }
 
 void gkContour::draw(gkUITablet& tablet, gkContourDefs::DrawMode /*mode*/, const gkColor& color,

@@ -7,8 +7,8 @@
 #include <gk/cntr/contour.h>
 #include <gk/cntr/errors/contour_errors.h>
 
+#include "base/detail/segment_walk.h"
 #include "base/detail/total_order.h"
-#include "cntr/detail/segment_walk.h"
 
 namespace {
 
@@ -101,9 +101,25 @@ std::vector<int> gkContour::vertexIndex(const gkVector<2>& pt, double tolerance)
   }
   const long cx = gridCell(pt.x(), tolerance);
   const long cy = gridCell(pt.y(), tolerance);
+  // The 3x3 neighbourhood of the query's cell, widened where rounding demands it: c / t is
+  // rounded, so a vertex just inside the tolerance can land two cells away (4.55 / 1.3 is
+  // 3.4999999999999996, cell 3, while 5.85 / 1.3 is exactly 4.5, cell 5). Every coordinate
+  // within the tolerance lies in [pt - t, pt + t] and cells are monotone, so scanning the cells
+  // of those two bounds as well misses nothing; in the usual case they are cx - 1 and cx + 1.
+  // Rounding moves a bound by at most one more cell, so the scan is capped at cx +- 2: that also
+  // keeps it to 5 columns when pt +- t overflows to an infinity.
+  const auto reach = [tolerance](double c, long cell, double toward) {
+    const long bound = gridCell(c + toward * tolerance, tolerance);
+    return toward < 0 ? std::min(cell - 1, std::max(bound, cell - 2))
+                      : std::max(cell + 1, std::min(bound, cell + 2));
+  };
+  const long aFirst = reach(pt.x(), cx, -1.0);
+  const long aLast = reach(pt.x(), cx, 1.0);
+  const long bFirst = reach(pt.y(), cy, -1.0);
+  const long bLast = reach(pt.y(), cy, 1.0);
   std::vector<int> result;
-  for (long a = cx - 1; a <= cx + 1; ++a) {
-    for (long b = cy - 1; b <= cy + 1; ++b) {
+  for (long a = aFirst; a <= aLast; ++a) {
+    for (long b = bFirst; b <= bLast; ++b) {
       const auto cell = grid->second.find(gkPair<long>(a, b));
       if (cell == grid->second.end()) {
         continue;

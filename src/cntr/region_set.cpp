@@ -37,6 +37,14 @@ gkRegionSet& gkRegionSet::operator=(const gkRegionSet& other) {
   }
   regions_ = other.regions_;
   cachedVectorSize_ = other.cachedVectorSize_;
+  for (int k = 0; k < 2; ++k) {
+    centerOfMassValid_[k] = other.centerOfMassValid_[k];
+    centerOfMass_[k] = other.centerOfMass_[k];
+    areaValid_[k] = other.areaValid_[k];
+    area_[k] = other.area_[k];
+    inertiaValid_[k] = other.inertiaValid_[k];
+    inertia_[k] = other.inertia_[k];
+  }
   encloseRectCache_ = other.encloseRectCache_;
   selfIntersecting_ = other.selfIntersecting_;
   selfIntersectingValid_ = other.selfIntersectingValid_;
@@ -242,6 +250,12 @@ void gkRegionSet::makePointsConsistentWithData() {
 void gkRegionSet::cleanCacheInfo() {
   mutating();
   encloseRectCache_.clear();
+  for (int k = 0; k < 2; ++k) {
+    centerOfMassValid_[k] = false;
+    areaValid_[k] = false;
+    area_[k] = 0.0;
+    inertiaValid_[k] = false;
+  }
   selfIntersectingValid_ = false;
   regularizedValid_ = false;
   outerHullValid_ = false;

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <gk/base/matrix.h>
 #include <gk/base/ptr_handle.h>
 #include <gk/base/vector.h>
 #include <gk/cntr/contour.h>
@@ -110,6 +111,21 @@ class GK_EXPORT gkRegion : public virtual gkContour {
     return gkContour::intersections(other);
   }
 
+  // --- moments ---------------------------------------------------------------------------
+
+  /// The absolute area of the outer boundary; with considerHoles, minus each hole's own area
+  /// (its outer boundary's). Throws EmptyContour below 3 vertices. Cached per flag.
+  double area(bool considerHoles) const;
+  /// The centroid of the outer boundary; with considerHoles and at least one hole, the centroid
+  /// of the boundary's area less each hole's (a region whose holes take all its area has centre
+  /// (0, 0)). Throws EmptyContour below 3 vertices. Cached per flag.
+  gkVector<2> centerOfMass(bool considerHoles) const;
+  /// The central second moments of the outer boundary (see gk_InertiaData). With considerHoles
+  /// on a region that has holes, throws BadParams ("inertiaMatrix(considerHoles) is not
+  /// implemented"); without holes both flags give the same matrix. Throws EmptyContour below 3
+  /// vertices. Cached per flag.
+  gkMatrix<2> inertiaMatrix(bool considerHoles) const;
+
   // --- outer hull and regularization -----------------------------------------------------
 
   /// result := the region with its self-intersections walked out: the boundary traced along the
@@ -148,6 +164,13 @@ class GK_EXPORT gkRegion : public virtual gkContour {
   void cachedWalk(gkRegion& result, bool hullOnly, bool& valid, gkPtrHandle<gkRegion>& slot) const;
 
   Holes holes_;
+  // Moment caches, one entry per considerHoles value (index 0: false, 1: true).
+  mutable bool centerOfMassValid_[2] = {false, false};
+  mutable gkVector<2> centerOfMass_[2];
+  mutable bool areaValid_[2] = {false, false};
+  mutable double area_[2] = {0.0, 0.0};
+  mutable bool inertiaValid_[2] = {false, false};
+  mutable gkMatrix<2> inertia_[2];
   mutable bool regularizedValid_ = false;
   mutable gkPtrHandle<gkRegion> regularized_;
   mutable bool outerHullValid_ = false;

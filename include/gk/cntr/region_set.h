@@ -4,6 +4,7 @@
 
 #include <gk/base/bounded_cache.h>
 #include <gk/base/color.h>
+#include <gk/base/matrix.h>
 #include <gk/base/persistent.h>
 #include <gk/base/ptr_handle.h>
 #include <gk/base/rect.h>
@@ -73,6 +74,16 @@ class GK_EXPORT gkRegionSet : public virtual gkPersistent, public virtual gkRepB
   /// As regularize, with every member reduced to its outer hull. Cached.
   void outerHull(gkRegionSet& result) const;
 
+  /// The sum of the members' area(considerHoles). An empty set has area 0 (no check). Cached.
+  double area(bool considerHoles) const;
+  /// The area-weighted centre of the members; (0, 0) when the total area is within 1e-15 of 0.
+  /// Throws EmptyRegionSet for an empty set. Cached per flag.
+  gkVector<2> centerOfMass(bool considerHoles) const;
+  /// The members' moment records summed in order by the parallel-axis rule. With considerHoles,
+  /// a member with holes throws BadParams as its own inertiaMatrix does. Throws EmptyRegionSet
+  /// for an empty set. Cached per flag.
+  gkMatrix<2> inertiaMatrix(bool considerHoles) const;
+
   /// True when pt is inside some member (in member order); an empty set is false.
   bool inside(const gkVector<2>& pt, bool considerHoles) const;
   /// The smallest member distance. Throws EmptyRegionSet for an empty set.
@@ -109,6 +120,13 @@ class GK_EXPORT gkRegionSet : public virtual gkPersistent, public virtual gkRepB
 
   Regions regions_;
   long cachedVectorSize_ = 3;
+  // Moment caches, one entry per considerHoles value (index 0: false, 1: true).
+  mutable bool centerOfMassValid_[2] = {false, false};
+  mutable gkVector<2> centerOfMass_[2];
+  mutable bool areaValid_[2] = {false, false};
+  mutable double area_[2] = {0.0, 0.0};
+  mutable bool inertiaValid_[2] = {false, false};
+  mutable gkMatrix<2> inertia_[2];
   mutable gk::detail::BoundedKeyedCache<gkXform<2>, gkRect, gkContour::XformKeyLess>
       encloseRectCache_;
   mutable bool selfIntersecting_ = false;

@@ -52,3 +52,31 @@ gkPtrHandle<gk2XformBase> gk2XformLinear::compose(const gk2XformBase& first) con
 gkPtrHandle<gk2XformBase> gk2XformLinear::clone() const {
   return gkPtrHandle<gk2XformBase>(new gk2XformLinear(xform_));
 }
+
+gkPersistent* gk2XformLinear::make() {
+  return new gk2XformLinear();
+}
+
+const gk_Instantiator gk2XformLinear::sExemplar(typeid(gk2XformLinear), &gk2XformLinear::make,
+                                                "gk2XformLinear");
+
+void gk2XformLinear::dispatchSerialize(gkArchive& ar) {
+  if (haveVisited(static_cast<const gk2XformLinear*>(this), sizeof(gk2XformLinear))) {
+    return;
+  }
+  unsigned char version = 0;
+  ar || version;
+  if (version != 0) {
+    throw gkArchive::UnknownVersion("gk2XformLinear", 0);
+  }
+  gkPersistent::dispatchSerialize(ar);
+  const gkMatrix<2>& m = xform_.matrix();
+  gkVector<2> row0(m.element(0, 0), m.element(0, 1));
+  gkVector<2> row1(m.element(1, 0), m.element(1, 1));
+  gkVector<2> trans = xform_.trans();
+  ar || row0 || row1 || trans;
+  if (ar.isLoading()) {
+    xform_ = gkXform<2>(gkMatrix<2>(row0.x(), row0.y(), row1.x(), row1.y()), trans);
+  }
+  setVisited(static_cast<const gk2XformLinear*>(this), sizeof(gk2XformLinear));
+}

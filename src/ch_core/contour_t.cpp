@@ -3,6 +3,7 @@
 #include <gk/ch_core/region_t.h>
 
 #include "ch_core/detail/not_implemented.h"
+#include "ch_core/detail/type_name.h"
 
 namespace {
 
@@ -114,6 +115,50 @@ void gkContourT<T>::convexHullT(gkRegionT<T>& /*result*/) const {
 template <typename T>
 void gkContourT<T>::mapT(const gkXform<2>& /*xform*/, gkContourT& /*result*/) const {
   gk::detail::notImplementedForDatumShapes();
+}
+
+template <typename T>
+gkContourT<T>::Instantiator::Instantiator()
+    : registration_(typeid(gkContourT<T>), &gkContourT<T>::make,
+                    gk::detail::datumTypeName("gkContourT", gkDatumTraits<T>::kName).c_str()) {}
+
+template <typename T>
+const typename gkContourT<T>::Instantiator gkContourT<T>::sExemplar;
+
+template <typename T>
+void gkContourT<T>::dispatchSerialize(gkArchive& ar) {
+  if (haveVisited(static_cast<const gkContourT*>(this), sizeof(gkContourT))) {
+    return;
+  }
+  unsigned char version = 1;
+  ar || version;
+  gkContourT::serialize_(ar, version);
+  setVisited(static_cast<const gkContourT*>(this), sizeof(gkContourT));
+}
+
+template <typename T>
+void gkContourT<T>::serialize_(gkArchive& ar, unsigned char version) {
+  if (version > 1) {
+    throw gkArchive::UnknownVersion("ch_core/cntrtmpl", 98);
+  }
+  gkContour::dispatchSerialize(ar);
+  ar.container(data_, gkDatumTraits<T>::kStoredBytes);
+  if (version == 1) {
+    ar || dataFromPoints_;
+  }
+  if (ar.isLoading()) {
+    // The inverse belongs to the transform as it was before the load.
+    pointsFromDataValid_ = false;
+    pointsFromData_.reset();
+    if (!dataFromPoints_) {
+      throw gkArchive::BadFormat("a datum contour has no transform", ar.offset());
+    }
+    if (data_.size() != points().size()) {
+      throw gkArchive::BadFormat("a datum contour holds " + std::to_string(data_.size()) +
+                                     " data for " + std::to_string(points().size()) + " vertices",
+                                 ar.offset());
+    }
+  }
 }
 
 template class gkContourT<gkEdgelet>;

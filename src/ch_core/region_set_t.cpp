@@ -1,6 +1,7 @@
 #include <gk/ch_core/region_set_t.h>
 
 #include "ch_core/detail/not_implemented.h"
+#include "ch_core/detail/type_name.h"
 
 namespace {
 
@@ -85,6 +86,44 @@ void gkRegionSetT<T>::regularizeT(gkRegionSetT& /*result*/) const {
 template <typename T>
 void gkRegionSetT<T>::mapT(const gkXform<2>& /*xform*/, gkRegionSetT& /*result*/) const {
   gk::detail::notImplementedForDatumShapes();
+}
+
+template <typename T>
+gkRegionSetT<T>::Instantiator::Instantiator()
+    : registration_(typeid(gkRegionSetT<T>), &gkRegionSetT<T>::make,
+                    gk::detail::datumTypeName("gkRegionSetT", gkDatumTraits<T>::kName).c_str()) {}
+
+template <typename T>
+const typename gkRegionSetT<T>::Instantiator gkRegionSetT<T>::sExemplar;
+
+template <typename T>
+void gkRegionSetT<T>::dispatchSerialize(gkArchive& ar) {
+  if (haveVisited(static_cast<const gkRegionSetT*>(this), sizeof(gkRegionSetT))) {
+    return;
+  }
+  unsigned char version = 0;
+  ar || version;
+  gkRegionSetT::serialize_(ar, version);
+  setVisited(static_cast<const gkRegionSetT*>(this), sizeof(gkRegionSetT));
+}
+
+template <typename T>
+void gkRegionSetT<T>::serialize_(gkArchive& ar, unsigned char version) {
+  if (version != 0) {
+    throw gkArchive::UnknownVersion("ch_core/cntrtmpl", 283);
+  }
+  gkRegionSet::dispatchSerialize(ar);
+  RegionsT loaded = regionsT_;
+  ar.container(loaded, 1);
+  if (ar.isLoading()) {
+    for (const gkPtrHandle_const<gkRegionT<T>>& member : loaded) {
+      if (!member) {
+        throw gkArchive::BadFormat("a region set member handle is empty", ar.offset());
+      }
+    }
+    regionsT_.swap(loaded);
+    makePointsConsistentWithData();
+  }
 }
 
 template class gkRegionSetT<gkEdgelet>;

@@ -1,6 +1,7 @@
 #include <gk/ch_core/region_t.h>
 
 #include "ch_core/detail/not_implemented.h"
+#include "ch_core/detail/type_name.h"
 
 // The contour part is one virtual base shared by the datum contour and the region, built by
 // the most derived class (empty, closed, label 0); each constructor installs what it was given.
@@ -94,6 +95,36 @@ void gkRegionT<T>::regularizeT(gkRegionT& /*result*/) const {
 template <typename T>
 void gkRegionT<T>::mapT(const gkXform<2>& /*xform*/, gkRegionT& /*result*/) const {
   gk::detail::notImplementedForDatumShapes();
+}
+
+template <typename T>
+gkRegionT<T>::Instantiator::Instantiator()
+    : registration_(typeid(gkRegionT<T>), &gkRegionT<T>::make,
+                    gk::detail::datumTypeName("gkRegionT", gkDatumTraits<T>::kName).c_str()) {}
+
+template <typename T>
+const typename gkRegionT<T>::Instantiator gkRegionT<T>::sExemplar;
+
+template <typename T>
+void gkRegionT<T>::dispatchSerialize(gkArchive& ar) {
+  if (gkPersistent::haveVisited(static_cast<const gkRegionT*>(this), sizeof(gkRegionT))) {
+    return;
+  }
+  unsigned char version = 0;
+  ar || version;
+  gkRegionT::serialize_(ar, version);
+  gkPersistent::setVisited(static_cast<const gkRegionT*>(this), sizeof(gkRegionT));
+}
+
+template <typename T>
+void gkRegionT<T>::serialize_(gkArchive& ar, unsigned char version) {
+  if (version != 0) {
+    throw gkArchive::UnknownVersion("ch_core/cntrtmpl", 186);
+  }
+  gkRegion::dispatchSerialize(ar);
+  if (ar.isLoading()) {
+    makeDataConsistentWithPoints();
+  }
 }
 
 template class gkRegionT<gkEdgelet>;

@@ -28,6 +28,18 @@ class GK_EXPORT gkException : public gkPersistent, public std::exception {
   /// Writes the message to os. The base exception has no message and writes nothing.
   virtual void message_(std::wostream& os) const;
 
+ protected:
+  /// The exception layer: version byte 0, the persistent layer, then the message as UTF-8
+  /// (a byte count and the bytes). Loading hands the message to restoreMessage.
+  void dispatchSerialize(gkArchive& ar) override;
+  /// Takes a message read from an archive. The base exception keeps none.
+  virtual void restoreMessage(const std::wstring& message);
+  /// Forgets the text what() built, after the message changed.
+  void messageChanged() noexcept {
+    what_.clear();
+    whatBuilt_ = false;
+  }
+
  private:
   mutable std::string what_;
   mutable bool whatBuilt_ = false;
@@ -48,6 +60,9 @@ class GK_EXPORT gkExceptionWithString : public gkException {
 
   /// Writes the stored message.
   void message_(std::wostream& os) const override;
+
+ protected:
+  void restoreMessage(const std::wstring& message) override;
 
  private:
   std::wstring messageText_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gk/base/archive.h>
 #include <gk/base/persistent.h>
 #include <gk/base/ptr_handle.h>
 #include <gk/base/rep_base.h>
@@ -47,6 +48,15 @@ class GK_EXPORT gk2XformLinear : public gk2XformBase {
   gkPtrHandle<gk2XformBase> clone() const override;
   bool isLinear() const override { return true; }
   gkXform<2> linearXform(const gkVector<2>& /*p*/) const override { return xform_; }
+
+  /// Registers the class with the archive's type registry.
+  static const gk_Instantiator sExemplar;
+  /// A new identity transform, owned by the caller (the archive's factory).
+  static gkPersistent* make();
+
+ protected:
+  /// Version byte 0, the persistent layer, the matrix rows as two vectors, the translation.
+  void dispatchSerialize(gkArchive& ar) override;
 
  private:
   gkXform<2> xform_;

@@ -42,6 +42,16 @@ class GK_EXPORT gkContourT : public virtual gkContour {
   /// A new default object, owned by the caller (the archive's factory).
   static gkPersistent* make();
 
+  /// Registers the class (as "gkContourT<" datum name ">") with the archive's type registry.
+  class GK_EXPORT Instantiator {
+   public:
+    Instantiator();
+
+   private:
+    gk_Instantiator registration_;
+  };
+  static const Instantiator sExemplar;
+
   const Data& data() const { return data_; }
   /// Replaces the data and rebuilds every vertex from it.
   void data(const Data& data);
@@ -73,6 +83,13 @@ class GK_EXPORT gkContourT : public virtual gkContour {
 
   /// Copies another contour's data, transform and cached inverse, not its vertices.
   void copyDataFrom(const gkContourT& other);
+
+  /// The datum contour layer: version byte (1 is written), then serialize_.
+  void dispatchSerialize(gkArchive& ar) override;
+  /// The contour layer, the data, and in version 1 the transform handle. After a load the
+  /// inverse is recomputed on next use, and a data count that differs from the vertex count, or
+  /// an empty transform, throws gkArchive::BadFormat. Other versions throw UnknownVersion.
+  void serialize_(gkArchive& ar, unsigned char version) override;
 
  private:
   Data data_;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include <gk/base/angle.h>
 #include <gk/base/edgelet.h>
 #include <gk/base/vector.h>
@@ -15,6 +17,10 @@ struct gkDatumTraits;
 /// angle 0; only the position survives a change of points.
 template <>
 struct gkDatumTraits<gkEdgelet> {
+  /// The datum's name in stored type names.
+  static constexpr const char* kName = "gkEdgelet";
+  /// Bytes one stored datum takes: position, 16-bit magnitude, angle byte.
+  static constexpr std::size_t kStoredBytes = 19;
   static gkEdgelet fromPosition(const gkVector<2>& position) {
     return gkEdgelet(position, 0, gkAngle8(static_cast<unsigned char>(0)));
   }

@@ -29,6 +29,16 @@ class GK_EXPORT gkRegionSetT : public gkRegionSet {
   /// A new default object, owned by the caller (the archive's factory).
   static gkPersistent* make();
 
+  /// Registers the class (as "gkRegionSetT<" datum name ">") with the archive's type registry.
+  class GK_EXPORT Instantiator {
+   public:
+    Instantiator();
+
+   private:
+    gk_Instantiator registration_;
+  };
+  static const Instantiator sExemplar;
+
   /// The members as datum regions.
   const RegionsT& regionsT() const { return regionsT_; }
   /// Replaces the members (dropping every cache).
@@ -45,6 +55,11 @@ class GK_EXPORT gkRegionSetT : public gkRegionSet {
   void makeDataConsistentWithPoints() override;
   /// Brings the plain member list in step with the datum list, then drops the caches.
   void makePointsConsistentWithData() override;
+
+  /// Version 0 only: the region-set layer, then the datum-region handles (which become the
+  /// members). Other versions throw UnknownVersion.
+  void dispatchSerialize(gkArchive& ar) override;
+  void serialize_(gkArchive& ar, unsigned char version) override;
 
  private:
   RegionsT regionsT_;

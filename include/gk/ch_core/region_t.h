@@ -34,6 +34,16 @@ class GK_EXPORT gkRegionT : public gkContourT<T>, public gkRegion {
   /// A new default object, owned by the caller (the archive's factory).
   static gkPersistent* make();
 
+  /// Registers the class (as "gkRegionT<" datum name ">") with the archive's type registry.
+  class GK_EXPORT Instantiator {
+   public:
+    Instantiator();
+
+   private:
+    gk_Instantiator registration_;
+  };
+  static const Instantiator sExemplar;
+
   /// The holes that are datum regions, in order (holes of another kind, set through the plain
   /// region interface, are left out).
   HolesT holes() const;
@@ -60,6 +70,11 @@ class GK_EXPORT gkRegionT : public gkContourT<T>, public gkRegion {
   void cleanCacheInfo() override { gkRegion::cleanCacheInfo(); }
   void makeDataConsistentWithPoints() override { gkContourT<T>::makeDataConsistentWithPoints(); }
   void makePointsConsistentWithData() override { gkContourT<T>::makePointsConsistentWithData(); }
+
+  /// Version 0 only: the region layer. The data are not stored: after a load they are rebuilt
+  /// from the vertices (positions only). Other versions throw UnknownVersion.
+  void dispatchSerialize(gkArchive& ar) override;
+  void serialize_(gkArchive& ar, unsigned char version) override;
 };
 
 extern template class GK_EXPORT gkRegionT<gkEdgelet>;

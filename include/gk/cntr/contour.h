@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <gk/base/angle.h>
+#include <gk/base/archive.h>
 #include <gk/base/bounded_cache.h>
 #include <gk/base/circle.h>
 #include <gk/base/color.h>
@@ -77,6 +78,8 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
 
   /// A new closed, empty contour with label 0, owned by the caller (the archive's factory).
   static gkPersistent* make();
+  /// Registers the class with the archive's type registry.
+  static const gk_Instantiator sExemplar;
 
   const std::vector<gkVector<2>>& points() const { return points_; }
   /// Replaces the vertices: drops every cache, stores v, then lets a derived class bring its
@@ -238,6 +241,13 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
 
   /// Drops every cache and marks the object changed. Overrides must call this one.
   virtual void cleanCacheInfo();
+
+  /// The contour layer: version byte (1 is written), then serialize_.
+  void dispatchSerialize(gkArchive& ar) override;
+  /// Version 1: the persistent layer, label, closed flag, vertices, cache bound. Version 0 (read
+  /// only): the old base layer, vertices, one dropped byte, cache bound, closed flag; label 0.
+  /// A loaded contour starts with no cache. Other versions throw UnknownVersion.
+  virtual void serialize_(gkArchive& ar, unsigned char version);
 
  private:
   friend class gkContourTestAccess;

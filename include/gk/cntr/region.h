@@ -45,6 +45,8 @@ class GK_EXPORT gkRegion : public virtual gkContour {
 
   /// A new empty region, owned by the caller (the archive's factory).
   static gkPersistent* make();
+  /// Registers the class with the archive's type registry.
+  static const gk_Instantiator sExemplar;
 
   const Holes& holes() const { return holes_; }
   /// Sets the holes. Drops every cache first; then, in order, intersects the outer boundary
@@ -147,6 +149,14 @@ class GK_EXPORT gkRegion : public virtual gkContour {
 
   /// Drops the contour's caches, then the region's own.
   void cleanCacheInfo() override;
+
+  /// The region layer: version byte (1 is written), then serialize_.
+  void dispatchSerialize(gkArchive& ar) override;
+  /// Version 1: the contour layer of the outline, then the holes as handles. Version 0 (read
+  /// only): the old base layer, the outline's vertices, one dropped byte, the cache bound; label
+  /// 0 and closed flag false. Loaded hole lists are checked (no empty handle, no region among
+  /// its own holes, nesting at most gkArchive::kMaxDepth deep) but not intersected.
+  void serialize_(gkArchive& ar, unsigned char version) override;
 
  private:
   friend class gkRegionTestAccess;

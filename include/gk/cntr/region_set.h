@@ -42,6 +42,8 @@ class GK_EXPORT gkRegionSet : public virtual gkPersistent, public virtual gkRepB
 
   /// A new empty set, owned by the caller (the archive's factory).
   static gkPersistent* make();
+  /// Registers the class with the archive's type registry.
+  static const gk_Instantiator sExemplar;
 
   /// A copy of the member list.
   Regions regions() const { return regions_; }
@@ -109,6 +111,12 @@ class GK_EXPORT gkRegionSet : public virtual gkPersistent, public virtual gkRepB
   virtual void makePointsConsistentWithData();
   /// Drops every cache and marks the object changed.
   virtual void cleanCacheInfo();
+
+  /// The set layer: version byte (1 is written), then serialize_.
+  void dispatchSerialize(gkArchive& ar) override;
+  /// The persistent layer, the members as handles (no empty handle), and in version 1 the cache
+  /// bound. A loaded set starts with no cache. Other versions throw UnknownVersion.
+  virtual void serialize_(gkArchive& ar, unsigned char version);
 
  private:
   friend class gkRegionSetTestAccess;

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include <gk/base/archive.h>
 #include <gk/base/exception.h>
 #include <gk/gk_export.h>
 
@@ -25,6 +26,10 @@ class GK_EXPORT Errors : public gkExceptionWithString {
   explicit Errors(const std::wstring& message) : gkExceptionWithString(message) {}
   Errors(const Errors&) = default;
   Errors& operator=(const Errors&) = default;
+
+  /// Version byte 0, then the exception layer (which carries the message).
+  void dispatchSerialize(gkArchive& ar) override;
+  virtual void serialize_(gkArchive& ar, unsigned char version);
 };
 
 }  // namespace gkContourDefs
@@ -48,6 +53,23 @@ class ContourError : public gkContourDefs::Errors {
 
  protected:
   explicit ContourError(const std::wstring& message) : gkContourDefs::Errors(message) {}
+
+  /// Version byte 0, then the Errors layer; another version names the concrete class.
+  void dispatchSerialize(gkArchive& ar) override {
+    if (haveVisited(static_cast<const Derived*>(this), sizeof(Derived))) {
+      return;
+    }
+    unsigned char version = 0;
+    ar || version;
+    serialize_(ar, version);
+    setVisited(static_cast<const Derived*>(this), sizeof(Derived));
+  }
+  void serialize_(gkArchive& ar, unsigned char version) override {
+    if (version != 0) {
+      throw gkArchive::UnknownVersion(Derived::kClassName, 0);
+    }
+    gkContourDefs::Errors::dispatchSerialize(ar);
+  }
 };
 
 }  // namespace gk::detail
@@ -60,6 +82,14 @@ class GK_EXPORT EmptyContour : public gk::detail::ContourError<EmptyContour, 0x1
  public:
   explicit EmptyContour(const std::wstring& message = std::wstring()) : ContourError(message) {}
   ~EmptyContour() override;
+
+  static constexpr const char* kClassName = "gkContourDefs::EmptyContour";
+  /// Registers the class with the archive's type registry.
+  static const gk_Instantiator sExemplar;
+
+ private:
+  /// A new error with an empty message, owned by the caller (the archive's factory).
+  static gkPersistent* make();
 };
 
 /// A region set with no member was asked for something that needs one. Code 0x10004682.
@@ -67,6 +97,14 @@ class GK_EXPORT EmptyRegionSet : public gk::detail::ContourError<EmptyRegionSet,
  public:
   explicit EmptyRegionSet(const std::wstring& message = std::wstring()) : ContourError(message) {}
   ~EmptyRegionSet() override;
+
+  static constexpr const char* kClassName = "gkContourDefs::EmptyRegionSet";
+  /// Registers the class with the archive's type registry.
+  static const gk_Instantiator sExemplar;
+
+ private:
+  /// A new error with an empty message, owned by the caller (the archive's factory).
+  static gkPersistent* make();
 };
 
 /// An argument is out of its valid range. Code 0x10004683.
@@ -74,6 +112,14 @@ class GK_EXPORT BadParams : public gk::detail::ContourError<BadParams, 0x1000468
  public:
   explicit BadParams(const std::wstring& message = std::wstring()) : ContourError(message) {}
   ~BadParams() override;
+
+  static constexpr const char* kClassName = "gkContourDefs::BadParams";
+  /// Registers the class with the archive's type registry.
+  static const gk_Instantiator sExemplar;
+
+ private:
+  /// A new error with an empty message, owned by the caller (the archive's factory).
+  static gkPersistent* make();
 };
 
 /// A region was asked to become an open contour; regions are always closed. Code 0x10004684.
@@ -84,6 +130,14 @@ class GK_EXPORT RegionCannotBeSetOpen
   explicit RegionCannotBeSetOpen(const std::wstring& message = std::wstring())
       : ContourError(message) {}
   ~RegionCannotBeSetOpen() override;
+
+  static constexpr const char* kClassName = "gkContourDefs::RegionCannotBeSetOpen";
+  /// Registers the class with the archive's type registry.
+  static const gk_Instantiator sExemplar;
+
+ private:
+  /// A new error with an empty message, owned by the caller (the archive's factory).
+  static gkPersistent* make();
 };
 
 }  // namespace gkContourDefs

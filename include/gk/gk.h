@@ -42,6 +42,7 @@
 // Moments and ellipses.
 #include <gk/cntr/moments/ellipse_from_moments.h>
 #include <gk/cntr/moments/inertia_data.h>
+#include <gk/cntr/moments/moment_cache.h>
 #include <gk/cntr/moments/polygon_moments.h>
 
 // Contours, regions and region sets.

@@ -57,14 +57,7 @@ gkRegion& gkRegion::operator=(const gkRegion& other) {
   }
   gkContour::operator=(other);
   holes_ = other.holes_;
-  for (int k = 0; k < 2; ++k) {
-    centerOfMassValid_[k] = other.centerOfMassValid_[k];
-    centerOfMass_[k] = other.centerOfMass_[k];
-    areaValid_[k] = other.areaValid_[k];
-    area_[k] = other.area_[k];
-    inertiaValid_[k] = other.inertiaValid_[k];
-    inertia_[k] = other.inertia_[k];
-  }
+  moments_ = other.moments_;
   regularizedValid_ = other.regularizedValid_;
   regularized_ = other.regularized_;
   outerHullValid_ = other.outerHullValid_;
@@ -133,12 +126,7 @@ void gkRegion::checkEmptyContour() const {
 
 void gkRegion::cleanCacheInfo() {
   gkContour::cleanCacheInfo();
-  for (int k = 0; k < 2; ++k) {
-    centerOfMassValid_[k] = false;
-    areaValid_[k] = false;
-    area_[k] = 0.0;
-    inertiaValid_[k] = false;
-  }
+  moments_.clear();
   // The derived-region handles are kept until a later regularize or outerHull replaces them.
   regularizedValid_ = false;
   outerHullValid_ = false;

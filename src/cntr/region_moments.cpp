@@ -13,17 +13,17 @@ constexpr double kZeroArea = 1e-15;
 double gkRegion::area(bool considerHoles) const {
   checkEmptyContour();
   const int k = considerHoles ? 1 : 0;
-  if (!areaValid_[k]) {
+  if (!moments_.areaValid[k]) {
     double a = gw_Area(points());
     if (considerHoles) {
       for (const gkPtrHandle_const<gkRegion>& hole : holes_) {
         a -= hole->area(false);
       }
     }
-    area_[k] = a;
-    areaValid_[k] = true;
+    moments_.area[k] = a;
+    moments_.areaValid[k] = true;
   }
-  return area_[k];
+  return moments_.area[k];
 }
 
 gkVector<2> gkRegion::centerOfMass(bool considerHoles) const {
@@ -32,9 +32,9 @@ gkVector<2> gkRegion::centerOfMass(bool considerHoles) const {
     return centerOfMass(false);
   }
   const int k = considerHoles ? 1 : 0;
-  if (!centerOfMassValid_[k]) {
+  if (!moments_.centerOfMassValid[k]) {
     if (!considerHoles) {
-      centerOfMass_[k] = gw_CenterOfMass(points());
+      moments_.centerOfMass[k] = gw_CenterOfMass(points());
     } else {
       // Take each hole's area, at its own centre, away from the boundary's.
       double a = area(false);
@@ -44,11 +44,11 @@ gkVector<2> gkRegion::centerOfMass(bool considerHoles) const {
         s = s - hole->centerOfMass(false) * holeArea;
         a -= holeArea;
       }
-      centerOfMass_[k] = gwRealEq(a, 0.0, kZeroArea) ? gkVector<2>() : s / a;
+      moments_.centerOfMass[k] = gwRealEq(a, 0.0, kZeroArea) ? gkVector<2>() : s / a;
     }
-    centerOfMassValid_[k] = true;
+    moments_.centerOfMassValid[k] = true;
   }
-  return centerOfMass_[k];
+  return moments_.centerOfMass[k];
 }
 
 gkMatrix<2> gkRegion::inertiaMatrix(bool considerHoles) const {
@@ -57,9 +57,9 @@ gkMatrix<2> gkRegion::inertiaMatrix(bool considerHoles) const {
     throw gkContourDefs::BadParams(L"inertiaMatrix(considerHoles) is not implemented");
   }
   const int k = considerHoles ? 1 : 0;
-  if (!inertiaValid_[k]) {
-    inertia_[k] = gw_InertiaDataPolygon(points()).inertiaMatrix();
-    inertiaValid_[k] = true;
+  if (!moments_.inertiaValid[k]) {
+    moments_.inertia[k] = gw_InertiaDataPolygon(points()).inertiaMatrix();
+    moments_.inertiaValid[k] = true;
   }
-  return inertia_[k];
+  return moments_.inertia[k];
 }

@@ -37,14 +37,7 @@ gkRegionSet& gkRegionSet::operator=(const gkRegionSet& other) {
   }
   regions_ = other.regions_;
   cachedVectorSize_ = other.cachedVectorSize_;
-  for (int k = 0; k < 2; ++k) {
-    centerOfMassValid_[k] = other.centerOfMassValid_[k];
-    centerOfMass_[k] = other.centerOfMass_[k];
-    areaValid_[k] = other.areaValid_[k];
-    area_[k] = other.area_[k];
-    inertiaValid_[k] = other.inertiaValid_[k];
-    inertia_[k] = other.inertia_[k];
-  }
+  moments_ = other.moments_;
   encloseRectCache_ = other.encloseRectCache_;
   selfIntersecting_ = other.selfIntersecting_;
   selfIntersectingValid_ = other.selfIntersectingValid_;
@@ -250,12 +243,7 @@ void gkRegionSet::makePointsConsistentWithData() {
 void gkRegionSet::cleanCacheInfo() {
   mutating();
   encloseRectCache_.clear();
-  for (int k = 0; k < 2; ++k) {
-    centerOfMassValid_[k] = false;
-    areaValid_[k] = false;
-    area_[k] = 0.0;
-    inertiaValid_[k] = false;
-  }
+  moments_.clear();
   selfIntersectingValid_ = false;
   regularizedValid_ = false;
   outerHullValid_ = false;

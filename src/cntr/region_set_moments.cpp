@@ -11,21 +11,21 @@ constexpr double kZeroArea = 1e-15;
 
 double gkRegionSet::area(bool considerHoles) const {
   const int k = considerHoles ? 1 : 0;
-  if (!areaValid_[k]) {
+  if (!moments_.areaValid[k]) {
     double a = 0.0;
     for (const gkPtrHandle_const<gkRegion>& region : regions_) {
       a += region->area(considerHoles);
     }
-    area_[k] = a;
-    areaValid_[k] = true;
+    moments_.area[k] = a;
+    moments_.areaValid[k] = true;
   }
-  return area_[k];
+  return moments_.area[k];
 }
 
 gkVector<2> gkRegionSet::centerOfMass(bool considerHoles) const {
   checkEmptyRegionSet();
   const int k = considerHoles ? 1 : 0;
-  if (!centerOfMassValid_[k]) {
+  if (!moments_.centerOfMassValid[k]) {
     gkVector<2> s;
     double a = 0.0;
     for (const gkPtrHandle_const<gkRegion>& region : regions_) {
@@ -33,24 +33,24 @@ gkVector<2> gkRegionSet::centerOfMass(bool considerHoles) const {
       s = s + region->centerOfMass(considerHoles) * ra;
       a += ra;
     }
-    centerOfMass_[k] = gwRealEq(a, 0.0, kZeroArea) ? gkVector<2>() : s / a;
-    centerOfMassValid_[k] = true;
+    moments_.centerOfMass[k] = gwRealEq(a, 0.0, kZeroArea) ? gkVector<2>() : s / a;
+    moments_.centerOfMassValid[k] = true;
   }
-  return centerOfMass_[k];
+  return moments_.centerOfMass[k];
 }
 
 gkMatrix<2> gkRegionSet::inertiaMatrix(bool considerHoles) const {
   checkEmptyRegionSet();
   const int k = considerHoles ? 1 : 0;
-  if (!inertiaValid_[k]) {
+  if (!moments_.inertiaValid[k]) {
     gk_InertiaData total;
     for (const gkPtrHandle_const<gkRegion>& region : regions_) {
       total =
           total + gk_InertiaData(region->area(considerHoles), region->centerOfMass(considerHoles),
                                  region->inertiaMatrix(considerHoles));
     }
-    inertia_[k] = total.inertiaMatrix();
-    inertiaValid_[k] = true;
+    moments_.inertia[k] = total.inertiaMatrix();
+    moments_.inertiaValid[k] = true;
   }
-  return inertia_[k];
+  return moments_.inertia[k];
 }

@@ -7,6 +7,7 @@
 #include <gk/base/vector.h>
 #include <gk/cntr/contour.h>
 #include <gk/cntr/contour_defs.h>
+#include <gk/cntr/moments/moment_cache.h>
 #include <gk/gk_export.h>
 
 class gkRegionTestAccess;
@@ -174,13 +175,7 @@ class GK_EXPORT gkRegion : public virtual gkContour {
   void cachedWalk(gkRegion& result, bool hullOnly, bool& valid, gkPtrHandle<gkRegion>& slot) const;
 
   Holes holes_;
-  // Moment caches, one entry per considerHoles value (index 0: false, 1: true).
-  mutable bool centerOfMassValid_[2] = {false, false};
-  mutable gkVector<2> centerOfMass_[2];
-  mutable bool areaValid_[2] = {false, false};
-  mutable double area_[2] = {0.0, 0.0};
-  mutable bool inertiaValid_[2] = {false, false};
-  mutable gkMatrix<2> inertia_[2];
+  mutable gk::detail::MomentCache moments_;
   mutable bool regularizedValid_ = false;
   mutable gkPtrHandle<gkRegion> regularized_;
   mutable bool outerHullValid_ = false;

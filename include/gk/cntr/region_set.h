@@ -13,6 +13,7 @@
 #include <gk/base/xform.h>
 #include <gk/cntr/contour.h>
 #include <gk/cntr/contour_defs.h>
+#include <gk/cntr/moments/moment_cache.h>
 #include <gk/cntr/region.h>
 #include <gk/gk_export.h>
 
@@ -128,13 +129,7 @@ class GK_EXPORT gkRegionSet : public virtual gkPersistent, public virtual gkRepB
 
   Regions regions_;
   long cachedVectorSize_ = 3;
-  // Moment caches, one entry per considerHoles value (index 0: false, 1: true).
-  mutable bool centerOfMassValid_[2] = {false, false};
-  mutable gkVector<2> centerOfMass_[2];
-  mutable bool areaValid_[2] = {false, false};
-  mutable double area_[2] = {0.0, 0.0};
-  mutable bool inertiaValid_[2] = {false, false};
-  mutable gkMatrix<2> inertia_[2];
+  mutable gk::detail::MomentCache moments_;
   mutable gk::detail::BoundedKeyedCache<gkXform<2>, gkRect, gkContour::XformKeyLess>
       encloseRectCache_;
   mutable bool selfIntersecting_ = false;

@@ -49,6 +49,40 @@ int main() {
     std::printf("    (%.0f, %.0f)\n", p.x(), p.y());
   }
 
+  // A region with a hole: area, centre and moments with and without the hole, containment.
+  gkRegion plate({{0, 0}, {10, 0}, {10, 6}, {0, 6}});
+  plate.holes(
+      gkRegion::Holes{gkPtrHandle_const<gkRegion>(new gkRegion({{6, 2}, {8, 2}, {8, 4}, {6, 4}}))});
+  const gkVector<2> centre = plate.centerOfMass(true);
+  std::printf("\nplate 10 x 6 with a 2 x 2 hole\n");
+  std::printf("    area %.3f (without the hole %.3f)\n", plate.area(true), plate.area(false));
+  std::printf("    centre of mass (%.4f, %.4f)\n", centre.x(), centre.y());
+  const gkMatrix<2> m = plate.inertiaMatrix(false);
+  std::printf("    inertia (outline) [%.3f %.3f; %.3f %.3f]\n", m.element(0, 0), m.element(0, 1),
+              m.element(1, 0), m.element(1, 1));
+  std::printf("    (7, 3) inside: %s with holes, %s without\n",
+              plate.inside(gkVector<2>(7, 3), true) ? "yes" : "no",
+              plate.inside(gkVector<2>(7, 3), false) ? "yes" : "no");
+  std::printf("    distance from (12, 3): %.3f\n",
+              plate.distToPoint(gkVector<2>(12, 3), false, true, true));
+
+  // A self-intersecting outline (a bow tie) regularized into its outer boundary.
+  const gkRegion bowTie({{0, 0}, {2, 2}, {2, 0}, {0, 2}});
+  gkRegion regular;
+  bowTie.regularize(regular);
+  std::printf("\nbow tie self-intersecting: %s; regularized to %zu vertices:",
+              bowTie.isSelfIntersecting() ? "yes" : "no", regular.points().size());
+  for (const gkVector<2>& p : regular.points()) {
+    std::printf(" (%g, %g)", p.x(), p.y());
+  }
+  std::printf("\n");
+
+  // The ellipse with the same second moments as the plate's outline.
+  const gkEllipse momentEllipse = gw_EllipseFromInertiaData(gw_InertiaDataPolygon(plate.points()));
+  std::printf("moment ellipse of the outline: centre (%g, %g), semi-axes %.4f x %.4f\n",
+              momentEllipse.center().x(), momentEllipse.center().y(), momentEllipse.radii().x(),
+              momentEllipse.radii().y());
+
   // Errors are typed and carry fixed numbers.
   gkContour c = closed;
   try {

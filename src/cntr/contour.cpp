@@ -12,9 +12,6 @@
 
 namespace {
 
-/// The bound every new contour starts with.
-constexpr long kDefaultCachedVectorSize = 3;
-
 bool polygonIsClosed(const gkPolygon& polygon) {
   return !polygon.empty() && gwRealEq(polygon[0], polygon[polygon.size() - 1], gkTolCoincident);
 }

@@ -128,7 +128,14 @@ void gkRegion::serialize_(gkArchive& ar, unsigned char version) {
       }
       holes_.swap(loaded);
       std::unordered_map<const gkRegion*, int> depth;
-      holeNesting(*this, depth, ar);
+      try {
+        holeNesting(*this, depth, ar);
+      } catch (...) {
+        // Refused holes are not kept: a region among its own holes would hold a counted
+        // reference to itself and never be freed.
+        holes_.swap(loaded);
+        throw;
+      }
     }
   } else {
     // The legacy form, read as it always was: the outline's vertices and bound, then label and

@@ -1,5 +1,5 @@
 # Thin wrapper over the CMake presets. The README's two commands are `make demo` and `make test`.
-.PHONY: all deps demo test asan release format clean
+.PHONY: all deps demo test asan release fuzz format clean
 
 all: test
 
@@ -26,6 +26,12 @@ release: deps
 	cmake --preset release
 	cmake --build --preset release
 	ctest --preset release
+
+# The archive fuzzer (clang, libFuzzer) for FUZZ_SECONDS on the seed corpus; see fuzz/README.md.
+FUZZ_SECONDS ?= 60
+fuzz:
+	@scripts/install-deps.sh fuzz
+	fuzz/run.sh $(FUZZ_SECONDS)
 
 format:
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i

@@ -4,6 +4,8 @@
 #
 #   scripts/install-deps.sh          the build and the tests
 #   scripts/install-deps.sh bench    also the benchmark library and the peer libraries
+#   scripts/install-deps.sh fuzz     also clang and its runtime libraries (libFuzzer, the
+#                                    sanitizers), for the fuzz preset
 set -euo pipefail
 
 packages=(cmake make g++ pkgconf libgtest-dev libgmock-dev)
@@ -11,22 +13,42 @@ if [[ "${1:-}" == "bench" ]]; then
   packages+=(libbenchmark-dev)
 fi
 
-missing=()
-for p in "${packages[@]}"; do
-  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
-    missing+=("$p")
-  fi
-done
+installed() {
+  dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "install ok installed"
+}
 
-if [[ ${#missing[@]} -eq 0 ]]; then
-  exit 0
-fi
-
-echo "install-deps: installing ${missing[*]}"
 sudo=""
 if [[ $(id -u) -ne 0 ]]; then
   sudo="sudo"
 fi
 export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update -q
-$sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
+updated=0
+
+install_missing() {
+  local missing=()
+  local p
+  for p in "$@"; do
+    if ! installed "$p"; then
+      missing+=("$p")
+    fi
+  done
+  if [[ ${#missing[@]} -eq 0 ]]; then
+    return 0
+  fi
+  echo "install-deps: installing ${missing[*]}"
+  if [[ $updated -eq 0 ]]; then
+    $sudo apt-get update -q
+    updated=1
+  fi
+  $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+install_missing "${packages[@]}"
+
+if [[ "${1:-}" == "fuzz" ]]; then
+  install_missing clang
+  # libFuzzer and the sanitizer runtimes ship apart from the compiler, one package per major
+  # version (libclang-rt-14-dev for Debian 12's clang 14).
+  clang_major=$(clang++ -dumpversion | cut -d. -f1)
+  install_missing "libclang-rt-${clang_major}-dev"
+fi

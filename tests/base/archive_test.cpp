@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "archive_bytes.h"
+
 #include <cstdint>
 #include <cstring>
 #include <exception>
@@ -101,51 +103,8 @@ namespace {
 
 using ::testing::HasSubstr;
 
-/// Archive bytes built by hand.
-class Bytes {
- public:
-  Bytes& header() { return raw("GKAR").u8(1); }
-  Bytes& u8(unsigned v) {
-    s_.push_back(static_cast<char>(v));
-    return *this;
-  }
-  Bytes& u64(std::uint64_t v) {
-    for (int i = 0; i < 8; ++i) {
-      u8(static_cast<unsigned>((v >> (8 * i)) & 0xFF));
-    }
-    return *this;
-  }
-  Bytes& f64(double v) {
-    std::uint64_t u = 0;
-    std::memcpy(&u, &v, 8);
-    return u64(u);
-  }
-  Bytes& raw(const std::string& r) {
-    s_ += r;
-    return *this;
-  }
-  Bytes& newObject(const std::string& type) { return u8(1).u64(type.size()).raw(type); }
-  /// A gk2XformLinear's layers: version, persistent version, three vectors.
-  Bytes& xformLayers(double m00, double m01, double m10, double m11, double tx, double ty) {
-    return u8(0).u8(0).f64(m00).f64(m01).f64(m10).f64(m11).f64(tx).f64(ty);
-  }
-  const std::string& str() const { return s_; }
-
- private:
-  std::string s_;
-};
-
-std::string hex(const std::string& s) {
-  static const char* digits = "0123456789ABCDEF";
-  std::string out;
-  for (const char c : s) {
-    const auto b = static_cast<unsigned char>(c);
-    out += digits[b >> 4];
-    out += digits[b & 15];
-    out += ' ';
-  }
-  return out;
-}
+using Bytes = gk::test::ArchiveBytes;
+using gk::test::hex;
 
 std::uint64_t bitsOf(double d) {
   std::uint64_t u = 0;

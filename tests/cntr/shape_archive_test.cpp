@@ -15,6 +15,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "archive_bytes.h"
+
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -43,57 +45,8 @@ using EdgeletRegionSet = gkRegionSetT<gkEdgelet>;
 
 // --- bytes ------------------------------------------------------------------------------------
 
-/// Builds archive bytes by hand, for forms that no class writes any more or never should.
-class Bytes {
- public:
-  Bytes& header() { return raw("GKAR").u8(1); }
-  Bytes& u8(unsigned v) {
-    s_.push_back(static_cast<char>(v));
-    return *this;
-  }
-  Bytes& u64(std::uint64_t v) {
-    for (int i = 0; i < 8; ++i) {
-      u8(static_cast<unsigned>((v >> (8 * i)) & 0xFF));
-    }
-    return *this;
-  }
-  Bytes& i64(std::int64_t v) { return u64(static_cast<std::uint64_t>(v)); }
-  Bytes& f64(double v) {
-    std::uint64_t u = 0;
-    std::memcpy(&u, &v, 8);
-    return u64(u);
-  }
-  Bytes& raw(const std::string& r) {
-    s_ += r;
-    return *this;
-  }
-  /// Handle tag 01 and the type name.
-  Bytes& newObject(const std::string& type) { return u8(1).u64(type.size()).raw(type); }
-  /// A version-1 gkContour layer with the given vertices.
-  Bytes& contourLayer(std::uint64_t label, bool closed, const Points& pts, std::int64_t bound) {
-    u8(1).u8(0).u64(label).u8(closed ? 1 : 0).u8(0).u64(pts.size());
-    for (const gkVector<2>& p : pts) {
-      f64(p.x()).f64(p.y());
-    }
-    return i64(bound);
-  }
-  const std::string& str() const { return s_; }
-
- private:
-  std::string s_;
-};
-
-std::string hex(const std::string& s) {
-  static const char* digits = "0123456789ABCDEF";
-  std::string out;
-  for (const char c : s) {
-    const auto b = static_cast<unsigned char>(c);
-    out += digits[b >> 4];
-    out += digits[b & 15];
-    out += ' ';
-  }
-  return out;
-}
+using Bytes = gk::test::ArchiveBytes;
+using gk::test::hex;
 
 // --- storing and loading ----------------------------------------------------------------------
 

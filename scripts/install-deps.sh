@@ -8,7 +8,7 @@
 #                                    sanitizers), for the fuzz preset
 set -euo pipefail
 
-packages=(cmake make g++ pkgconf libgtest-dev libgmock-dev)
+packages=(cmake make g++ pkgconf libgtest-dev libgmock-dev libexpat1-dev)
 if [[ "${1:-}" == "bench" ]]; then
   packages+=(libbenchmark-dev)
 fi

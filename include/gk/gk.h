@@ -29,6 +29,7 @@
 #include <gk/base/random_uniform.h>
 #include <gk/base/rect.h>
 #include <gk/base/rep_base.h>
+#include <gk/base/svg_tablet.h>
 #include <gk/base/thread_local.h>
 #include <gk/base/tolerances.h>
 #include <gk/base/ui_tablet.h>

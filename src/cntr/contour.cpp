@@ -82,6 +82,7 @@ gkContour& gkContour::operator=(const gkContour& other) {
   segRectsValid_ = other.segRectsValid_;
   segRects_ = other.segRects_;
   validLine_ = other.validLine_;
+  segIndex_ = other.segIndex_;
   medianValid_ = other.medianValid_;
   medianFeatureSize_ = other.medianFeatureSize_;
   if (!other.vertexGrid_) {
@@ -199,6 +200,7 @@ void gkContour::computeLineSegs() const {
   lines_.clear();
   segRects_.clear();
   validLine_.clear();
+  segIndex_.reset();
   const std::size_t count = static_cast<std::size_t>(segmentCount());
   lineSegs_.reserve(count);
   lines_.reserve(count);
@@ -250,6 +252,7 @@ void gkContour::cleanCacheInfo() {
   lineSegsValid_ = false;
   linesValid_ = false;
   segRectsValid_ = false;
+  segIndex_.reset();
   medianValid_ = false;
   medianFeatureSize_ = 0.0;
 }

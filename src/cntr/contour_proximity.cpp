@@ -1,12 +1,14 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <utility>
 
 #include <gk/base/tolerances.h>
 #include <gk/cntr/contour.h>
 #include <gk/cntr/errors/contour_errors.h>
 
+#include "base/detail/box_index.h"
 #include "base/detail/segment_walk.h"
 #include "base/detail/total_order.h"
 
@@ -26,6 +28,55 @@ long gridCell(double c, double t) {
   double r = q >= 0.0 ? std::trunc(q + 0.5) : -std::trunc(-q + 0.5);
   r = std::min(std::max(r, -kLimit), kLimit);
   return static_cast<long>(r);
+}
+
+/// Orders the crossings found along a query segment as an exchange sort does: position i takes,
+/// in turn, every later record with a strictly smaller key. That exact order (it is not a
+/// stable sort, and a NaN key never moves) is the one callers see. With distinct keys and no
+/// NaN it is simply the ascending order, which any sort finds in O(m log m); ties and NaN keys
+/// are rare and few, and take the exchange sort itself.
+void orderAlongSegment(std::vector<double>& keys, std::vector<gkVector<2>>& points,
+                       std::vector<int>& segIndices) {
+  const std::size_t m = keys.size();
+  if (m < 2) {
+    return;
+  }
+  const bool anyNaN = std::any_of(keys.begin(), keys.end(), [](double k) { return std::isnan(k); });
+  if (!anyNaN) {
+    std::vector<std::size_t> order(m);
+    for (std::size_t i = 0; i < m; ++i) {
+      order[i] = i;
+    }
+    std::sort(order.begin(), order.end(),
+              [&keys](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
+    bool distinct = true;
+    for (std::size_t i = 0; i + 1 < m && distinct; ++i) {
+      distinct = keys[order[i]] < keys[order[i + 1]];
+    }
+    if (distinct) {
+      std::vector<double> sortedKeys(m);
+      std::vector<gkVector<2>> sortedPoints(m);
+      std::vector<int> sortedIndices(m);
+      for (std::size_t i = 0; i < m; ++i) {
+        sortedKeys[i] = keys[order[i]];
+        sortedPoints[i] = points[order[i]];
+        sortedIndices[i] = segIndices[order[i]];
+      }
+      keys.swap(sortedKeys);
+      points.swap(sortedPoints);
+      segIndices.swap(sortedIndices);
+      return;
+    }
+  }
+  for (std::size_t i = 0; i + 1 < m; ++i) {
+    for (std::size_t j = i + 1; j < m; ++j) {
+      if (keys[i] > keys[j]) {
+        std::swap(keys[i], keys[j]);
+        std::swap(points[i], points[j]);
+        std::swap(segIndices[i], segIndices[j]);
+      }
+    }
+  }
 }
 
 }  // namespace
@@ -146,10 +197,18 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
   }
   computeLineSegs();
 
+  if (!segIndex_) {
+    segIndex_ = std::make_shared<const gk::detail::BoxIndex>(segRects_, validLine_);
+  }
+  // The index hands over, in increasing number, every segment whose box may meet queryBox; the
+  // ones it leaves out would fail the box test below, so the result is that of a full scan.
+  std::vector<std::size_t> candidates;
+  segIndex_->candidates(queryBox, candidates);
+
   std::vector<gkVector<2>> points;
   std::vector<double> keys;
   const gkVector<2> along = seg.p2() - seg.p1();
-  for (std::size_t k = 0; k < lineSegs_.size(); ++k) {
+  for (const std::size_t k : candidates) {
     // Cheapest rejections first: degenerate, boxes apart, parallel.
     if (!validLine_[k] || !segRects_[k].overlaps(queryBox) || lines_[k].isParallel(queryLine)) {
       continue;
@@ -171,18 +230,7 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
     keys.push_back((p - seg.p1()).dot(along));
   }
 
-  // Order along seg by an exchange sort: position i takes, in turn, every later record with a
-  // strictly smaller key. This exact order (it is not a stable sort) is the one callers see.
-  const std::size_t m = points.size();
-  for (std::size_t i = 0; i + 1 < m; ++i) {
-    for (std::size_t j = i + 1; j < m; ++j) {
-      if (keys[i] > keys[j]) {
-        std::swap(keys[i], keys[j]);
-        std::swap(points[i], points[j]);
-        std::swap(segIndices[i], segIndices[j]);
-      }
-    }
-  }
+  orderAlongSegment(keys, points, segIndices);
   return points;
 }
 

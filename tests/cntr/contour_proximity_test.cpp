@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <utility>
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "contour_test_access.h"
+#include "plain_reference.h"
 #include "shapes.h"
 
 using gk::test::Points;
@@ -956,4 +958,150 @@ TEST(ContourMedianFeatureSize, ThrowsEmptyContourBelowTwoVertices) {
     EXPECT_THROW(ProbeContour({{1, 1}}, closed, 0).medianFeatureSize(),
                  gkContourDefs::EmptyContour);
   }
+}
+
+// --- the indexed segment queries against the plain full scans ------------------------------
+
+namespace {
+
+/// Bit-for-bit equality, so that NaN coordinates compare too.
+bool sameBits(const std::vector<gkVector<2>>& a, const std::vector<gkVector<2>>& b) {
+  if (a.size() != b.size()) {
+    return false;
+  }
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const double xa = a[i].x(), ya = a[i].y(), xb = b[i].x(), yb = b[i].y();
+    if (std::memcmp(&xa, &xb, sizeof xa) != 0 || std::memcmp(&ya, &yb, sizeof ya) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// A star polygon of n vertices with radial noise, every vertex swapped with its successor with
+/// probability swapPercent/100: dense crossings for the grid.
+Points noisyStar(std::size_t n, int swapPercent, gk::test::DegenerateShapes& gen) {
+  Points v;
+  for (std::size_t k = 0; k < n; ++k) {
+    const double angle = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+    const double radius = 100.0 * (1.0 + 0.3 * gen.real(1.0));
+    v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
+  }
+  for (std::size_t k = 0; k + 1 < n; ++k) {
+    if (gen.pick(100) < static_cast<std::uint64_t>(swapPercent)) {
+      std::swap(v[k], v[k + 1]);
+    }
+  }
+  return v;
+}
+
+/// Runs `queries` random segments (ends drawn like the vertices, and ends on vertices) through
+/// the indexed query and the plain scan, with and without ends, and expects identical answers.
+void expectSegmentQueriesAgree(const ProbeContour& fast, gk::test::DegenerateShapes& gen,
+                               int queries, bool nonFinite) {
+  const gk::test::PlainContour plain(fast);
+  for (int q = 0; q < queries; ++q) {
+    Points ends = gen.points(2, nonFinite);
+    if (gen.pick(3) == 0 && !fast.points().empty()) {
+      ends[0] = fast.points()[gen.pick(fast.points().size())];
+    }
+    const gkLineSeg seg(ends[0], ends[1]);
+    for (const bool includeEnds : {false, true}) {
+      std::vector<int> fastIndices;
+      std::vector<int> plainIndices;
+      const Points fastPoints = fast.intersections(seg, fastIndices, includeEnds);
+      const Points plainPoints = plain.plainIntersections(seg, plainIndices, includeEnds);
+      ASSERT_TRUE(sameBits(fastPoints, plainPoints));
+      ASSERT_EQ(fastIndices, plainIndices);
+    }
+  }
+}
+
+}  // namespace
+
+TEST(ContourIndexedQueries, SegmentQueriesMatchTheFullScanOnThousandsOfDegenerateContours) {
+  gk::test::DegenerateShapes gen(20261125);
+  for (int shape = 0; shape < 3000; ++shape) {
+    const ProbeContour c(gen.points(2 + gen.pick(40)), gen.pick(2) == 0, 0);
+    expectSegmentQueriesAgree(c, gen, 8, false);
+  }
+}
+
+TEST(ContourIndexedQueries, SegmentQueriesMatchTheFullScanWithNonFiniteAndHugeCoordinates) {
+  gk::test::DegenerateShapes gen(77);
+  for (int shape = 0; shape < 1500; ++shape) {
+    const ProbeContour c(gen.points(2 + gen.pick(30), true), gen.pick(2) == 0, 0);
+    expectSegmentQueriesAgree(c, gen, 6, true);
+  }
+}
+
+TEST(ContourIndexedQueries, SegmentQueriesMatchTheFullScanOnLargeCrossingStars) {
+  gk::test::DegenerateShapes gen(5);
+  for (const std::size_t n : {64u, 500u, 3000u}) {
+    const ProbeContour c(noisyStar(n, 10, gen), true, 0);
+    const gk::test::PlainContour plain(c);
+    // Segments of the contour itself, and long chords through the whole star.
+    for (std::size_t k = 0; k < n; k += n / 50) {
+      for (const bool includeEnds : {false, true}) {
+        std::vector<int> a;
+        std::vector<int> b;
+        const gkLineSeg own(c.points()[k], c.points()[(k + 1) % n]);
+        ASSERT_TRUE(sameBits(c.intersections(own, a, includeEnds),
+                             plain.plainIntersections(own, b, includeEnds)));
+        ASSERT_EQ(a, b);
+        const gkLineSeg chord(c.points()[k], c.points()[(k + n / 2) % n]);
+        ASSERT_TRUE(sameBits(c.intersections(chord, a, includeEnds),
+                             plain.plainIntersections(chord, b, includeEnds)));
+        ASSERT_EQ(a, b);
+      }
+    }
+  }
+}
+
+TEST(ContourIndexedQueries, SelfIntersectionMatchesThePlainPairScan) {
+  gk::test::DegenerateShapes gen(11);
+  int crossing = 0;
+  for (int shape = 0; shape < 4000; ++shape) {
+    const gkContour c(gen.points(2 + gen.pick(12), shape % 4 == 0), gen.pick(2) == 0, 0);
+    const bool expected = gk::test::PlainContour(c).plainIsSelfIntersecting();
+    ASSERT_EQ(c.isSelfIntersecting(), expected) << "shape " << shape;
+    crossing += expected ? 1 : 0;
+  }
+  // Both answers must be well represented for the comparison to mean anything.
+  EXPECT_GT(crossing, 400);
+  EXPECT_LT(crossing, 3600);
+  for (const int swapPercent : {0, 1, 10}) {
+    const gkContour star(noisyStar(2000, swapPercent, gen), true, 0);
+    EXPECT_EQ(star.isSelfIntersecting(), gk::test::PlainContour(star).plainIsSelfIntersecting());
+  }
+}
+
+TEST(ContourIndexedQueries, IntersectionsWithAnotherContourMatchThePlainScan) {
+  gk::test::DegenerateShapes gen(13);
+  for (int shape = 0; shape < 2000; ++shape) {
+    const gkContour a(gen.points(2 + gen.pick(20), shape % 5 == 0), gen.pick(2) == 0, 0);
+    const gkContour b(gen.points(1 + gen.pick(20), shape % 7 == 0), gen.pick(2) == 0, 0);
+    ASSERT_TRUE(sameBits(a.intersections(b), gk::test::PlainContour(a).plainIntersections(b)))
+        << "shape " << shape;
+  }
+}
+
+TEST(ContourIndexedQueries, CrossingsWithEqualPositionsKeepTheExchangeOrder) {
+  // Eight segments meet at the centre; a query through it finds them all at the same position,
+  // where the exchange order (not a stable order) is what callers see.
+  Points fan;
+  for (int k = 0; k < 8; ++k) {
+    const double angle = 0.7853981633974483 * k;
+    fan.emplace_back(0, 0);
+    fan.emplace_back(10 * std::cos(angle), 10 * std::sin(angle));
+  }
+  const ProbeContour c(fan, true, 0);
+  const gk::test::PlainContour plain(c);
+  const gkLineSeg query({-5, -1}, {5, 1});
+  std::vector<int> fastIndices;
+  std::vector<int> plainIndices;
+  const Points found = c.intersections(query, fastIndices, true);
+  EXPECT_TRUE(sameBits(found, plain.plainIntersections(query, plainIndices, true)));
+  EXPECT_EQ(fastIndices, plainIndices);
+  EXPECT_GE(found.size(), 8u);
 }

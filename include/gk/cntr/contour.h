@@ -27,6 +27,9 @@
 
 class gkContourTestAccess;
 class gkRegion;
+namespace gk::detail {
+class BoxIndex;
+}
 
 /// A planar polyline: an ordered vertex list, a closed flag (a closing segment joins the last
 /// vertex to the first) and a caller's label.
@@ -282,6 +285,9 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   mutable bool segRectsValid_ = false;
   mutable std::vector<gkRect> segRects_;
   mutable std::vector<bool> validLine_;
+  // The grid over segRects_ that narrows segment queries; built with the segment caches and
+  // dropped with them. Immutable once built, so copies share it.
+  mutable std::shared_ptr<const gk::detail::BoxIndex> segIndex_;
   mutable bool medianValid_ = false;
   mutable double medianFeatureSize_ = 0.0;
   mutable std::unique_ptr<VertexGrids> vertexGrid_;

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include <gk/base/rect.h>
+
+namespace gk::detail {
+
+/// A uniform grid over a fixed list of boxes that answers "which boxes may overlap this box"
+/// without looking at every box. It only narrows a search: callers still apply their own exact
+/// test to each candidate, in increasing number, so a query through the index returns exactly
+/// what a scan of every box in order would.
+///
+/// The promise that makes that true: candidates(query) contains every box b with
+/// b.overlaps(query) (closed boxes, touching counts). A box with a NaN corner overlaps nothing,
+/// so it is never a candidate; infinite corners are clamped to the grid's edge cells, which
+/// keeps the cell mapping monotone and so keeps the promise.
+class BoxIndex {
+ public:
+  /// Indexes boxes[k] for every k with include[k] (include may be empty: every box).
+  BoxIndex(const std::vector<gkRect>& boxes, const std::vector<bool>& include);
+
+  /// Replaces out by the numbers of the boxes that may overlap query, in increasing order,
+  /// without repeats.
+  void candidates(const gkRect& query, std::vector<std::size_t>& out) const;
+
+  /// Bytes held, for the memory accounting of the shapes that own an index.
+  std::size_t bytes() const;
+
+ private:
+  /// The column (or row) of coordinate c: monotone non-decreasing in c, clamped to [0, count).
+  static std::size_t cellOf(double c, double origin, double inverseSize, std::size_t count);
+
+  double originX_ = 0;
+  double originY_ = 0;
+  double inverseCell_ = 0;
+  std::size_t columns_ = 1;
+  std::size_t rows_ = 1;
+  // Cell c holds entries_[cellStart_[c] .. cellStart_[c + 1]), box numbers in increasing order.
+  std::vector<std::uint32_t> cellStart_;
+  std::vector<std::uint32_t> entries_;
+  // Boxes spanning too many cells to list in each; every query considers them.
+  std::vector<std::uint32_t> wide_;
+  // Every indexed box, for queries that cover most of the grid anyway.
+  std::vector<std::uint32_t> indexed_;
+  std::size_t boxCount_ = 0;
+};
+
+}  // namespace gk::detail

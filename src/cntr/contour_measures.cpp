@@ -9,6 +9,7 @@
 #include <gk/cntr/moments/ellipse_from_moments.h>
 #include <gk/cntr/region.h>
 
+#include "base/detail/farthest_pair.h"
 #include "base/detail/segment_walk.h"
 
 namespace {
@@ -155,18 +156,12 @@ gkCircle gkContour::encloseCircle(gkContourDefs::DiameterMode mode) const {
   }
   const std::size_t n = points_.size();
   if (mode == gkContourDefs::eFarthestPair) {
-    // Every ordered pair, each pair seen twice and a vertex with itself included; the first
-    // pair in this order that reaches the greatest distance is kept. With no two distinct
-    // vertices the entry is not written and stays the default circle.
-    double best = 0.0;
-    for (std::size_t i = 0; i < n; ++i) {
-      for (std::size_t j = 0; j < n; ++j) {
-        const double d = points_[i].distance(points_[j]);
-        if (d > best) {
-          best = d;
-          circles_[0] = gkCircle((points_[i] + points_[j]) / 2.0, d / 2.0);
-        }
-      }
+    // Over every ordered pair, rows first, the first pair that reaches the greatest distance
+    // (found without visiting every pair). With no two distinct vertices the entry is not
+    // written and stays the default circle.
+    const gk::detail::FarthestPair pair = gk::detail::firstFarthestPair(points_);
+    if (pair.found) {
+      circles_[0] = gkCircle((points_[pair.i] + points_[pair.j]) / 2.0, pair.distance / 2.0);
     }
   } else {
     if (n == 0) {

@@ -30,15 +30,32 @@ long gkRegion::insideCount(const gkVector<2>& pt, bool bothDirections) const {
     }
     angles.push_back(v.angle().norm().toDouble());
   }
-  // Aim the ray through the first gap between vertex directions wider than pi/n (the bisector
-  // of that gap), so that it rarely passes through a vertex, where crossings double up.
-  std::sort(angles.begin(), angles.end(), gk::detail::lessNaNLast);
+  // Aim the ray through the first gap between vertex directions, in ascending order, wider than
+  // pi/n (the bisector of that gap), so that it rarely passes through a vertex, where crossings
+  // double up. The average gap is 2pi/n, so such a gap nearly always comes among the first few
+  // directions: only a prefix of the order is sorted, grown until it holds one. A prefix of the
+  // order holds the same values as the fully sorted list does there, so the gap is the same.
+  const auto nanLast = [](double a, double b) { return gk::detail::lessNaNLast(a, b); };
   gkVector<2> direction(1.0, 0.0);
-  for (std::size_t i = 0; i < n; ++i) {
-    const std::size_t j = i + 1 == n ? 0 : i + 1;
-    const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
-    if (gap > threshold) {
-      direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
+  std::size_t checked = 0;  // gaps (i, i + 1) for i < checked are known to be narrow
+  for (std::size_t prefix = std::min<std::size_t>(n, 16);; prefix = std::min(n, prefix * 8)) {
+    std::partial_sort(angles.begin(), angles.begin() + static_cast<std::ptrdiff_t>(prefix),
+                      angles.end(), nanLast);
+    // The gap after the last sorted direction is known only once everything is sorted; the
+    // gap after the very last direction wraps round to the first.
+    const std::size_t last = prefix == n ? n : prefix - 1;
+    bool found = false;
+    for (std::size_t i = checked; i < last; ++i) {
+      const std::size_t j = i + 1 == n ? 0 : i + 1;
+      const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
+      if (gap > threshold) {
+        direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
+        found = true;
+        break;
+      }
+    }
+    checked = last;
+    if (found || prefix == n) {
       break;
     }
   }

@@ -1,4 +1,7 @@
+#include <algorithm>
 #include <cstddef>
+#include <set>
+#include <unordered_map>
 #include <vector>
 
 #include <gk/base/assert.h>
@@ -135,9 +138,13 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   // Split the walked boundary into simple loops at every repeated vertex.
   std::vector<gkRegion> loops;
   loops.emplace_back(walked, gkContourDefs::eIgnore);
+  // After a split the scan starts over, but the loops before r were scanned whole without a
+  // repeat and have not changed, so it resumes at r: the same splits, in the same order.
+  std::size_t resume = 0;
   for (bool split = true; split;) {
     split = false;
-    for (std::size_t r = 0; r < loops.size() && !split; ++r) {
+    for (std::size_t r = resume; r < loops.size() && !split; ++r) {
+      resume = r;
       const Points lv = loops[r].points();
       const long m = static_cast<long>(lv.size());
       for (long j = 0; j < m && !split; ++j) {
@@ -159,18 +166,41 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     }
   }
 
-  // Drop every loop that lies inside another (tested at the midpoint of its first edge).
+  // Drop every loop that lies inside another (tested at the midpoint of its first edge). Loops
+  // only move in the list, never change, so each answer is kept under the two loops' original
+  // numbers: the loop now at a was asked about before, when it was last.
   std::vector<gkRegion> kept = loops;
+  std::vector<std::size_t> keptId(loops.size());
+  for (std::size_t k = 0; k < keptId.size(); ++k) {
+    keptId[k] = k;
+  }
+  std::unordered_map<std::size_t, bool> known;
+  const auto holds = [&](std::size_t b, std::size_t a, const gkVector<2>& mid) {
+    const std::size_t key = keptId[b] * loops.size() + keptId[a];
+    const auto found = known.find(key);
+    if (found != known.end()) {
+      return found->second;
+    }
+    const bool inside = kept[b].inside(mid, true);
+    known.emplace(key, inside);
+    return inside;
+  };
+  // A loop before a was inside none of the loops, so it is inside none of fewer: after a
+  // removal the scan resumes at a, which now holds the former last loop.
+  std::size_t resumeDrop = 0;
   for (bool removed = true; removed;) {
     removed = false;
-    for (std::size_t a = 0; a < kept.size() && !removed; ++a) {
+    for (std::size_t a = resumeDrop; a < kept.size() && !removed; ++a) {
+      resumeDrop = a;
       const Points& av = kept[a].points();
       GK_ASSERT(av.size() >= 2);
       const gkVector<2> mid = (av[1] + av[0]) / 2.0;
       for (std::size_t b = 0; b < kept.size(); ++b) {
-        if (b != a && kept[b].inside(mid, true)) {
+        if (b != a && holds(b, a, mid)) {
           kept[a] = kept.back();
           kept.pop_back();
+          keptId[a] = keptId.back();
+          keptId.pop_back();
           removed = true;
           break;
         }
@@ -179,32 +209,85 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   }
   loops = kept;
 
-  // Merge loops that share a vertex into one boundary through that vertex.
-  for (bool merged = true; merged;) {
-    merged = false;
-    for (std::size_t a = 0; a + 1 < loops.size() && !merged; ++a) {
-      for (std::size_t b = a + 1; b < loops.size() && !merged; ++b) {
-        const Points av = loops[a].points();
-        const long ma = static_cast<long>(av.size());
-        for (long j = 0; j < ma; ++j) {
-          const std::vector<int> shared =
-              loops[b].vertexIndex(av[static_cast<std::size_t>(j)], kVertexCoincidence);
-          if (shared.empty()) {
-            continue;
-          }
-          const Points bv = loops[b].points();
-          const long q = shared.front();
-          Points joined = loopRun(av, j, j + ma - 1);
-          const Points tail = loopRun(bv, q, q + static_cast<long>(bv.size()) - 1);
-          joined.insert(joined.end(), tail.begin(), tail.end());
-          loops[a] = gkRegion(joined, gkContourDefs::eIgnore);
-          loops[b] = loops.back();
-          loops.pop_back();
-          merged = true;
-          break;
+  // Merge loops that share a vertex into one boundary through that vertex: the first loop a
+  // (in list order) that shares a vertex with a later loop is joined with the first such loop
+  // b, the last loop takes b's place, and the scan starts over. Loops before a share nothing
+  // with the loops after them, and neither the joined loop nor the moved one brings a vertex
+  // they were not checked against, so the scan can go on at a. Which loops share a vertex is
+  // found once, through one index over every vertex, and kept up to date as loops join;
+  // where they join (the vertex numbers j and q) is found as before.
+  const std::size_t loopCount = loops.size();
+  std::vector<std::set<std::size_t>> partners(loopCount);  // by token: a loop's first slot
+  if (loopCount > 1) {
+    Points all;
+    std::vector<std::size_t> owner;
+    for (std::size_t t = 0; t < loopCount; ++t) {
+      for (const gkVector<2>& vertex : loops[t].points()) {
+        all.push_back(vertex);
+        owner.push_back(t);
+      }
+    }
+    const gkContour everything(all, false, 0);
+    for (std::size_t k = 0; k < all.size(); ++k) {
+      for (const int found : everything.vertexIndex(all[k], kVertexCoincidence)) {
+        const std::size_t other = owner[static_cast<std::size_t>(found)];
+        if (other != owner[k]) {
+          partners[owner[k]].insert(other);
         }
       }
     }
+  }
+  std::vector<std::size_t> tokenAt(loopCount);
+  std::vector<std::size_t> slotOf(loopCount);
+  for (std::size_t t = 0; t < loopCount; ++t) {
+    tokenAt[t] = t;
+    slotOf[t] = t;
+  }
+  for (std::size_t a = 0; a + 1 < loops.size();) {
+    const std::size_t ta = tokenAt[a];
+    std::size_t b = loops.size();
+    for (const std::size_t t : partners[ta]) {
+      if (slotOf[t] > a) {
+        b = std::min(b, slotOf[t]);
+      }
+    }
+    if (b == loops.size()) {
+      ++a;
+      continue;
+    }
+    const Points av = loops[a].points();
+    const Points bv = loops[b].points();
+    const long ma = static_cast<long>(av.size());
+    long j = 0;
+    std::vector<int> shared;
+    for (; j < ma; ++j) {
+      shared = loops[b].vertexIndex(av[static_cast<std::size_t>(j)], kVertexCoincidence);
+      if (!shared.empty()) {
+        break;
+      }
+    }
+    GK_ASSERT(!shared.empty());
+    const long q = shared.front();
+    Points joined = loopRun(av, j, j + ma - 1);
+    const Points tail = loopRun(bv, q, q + static_cast<long>(bv.size()) - 1);
+    joined.insert(joined.end(), tail.begin(), tail.end());
+    loops[a] = gkRegion(joined, gkContourDefs::eIgnore);
+    loops[b] = loops.back();
+    loops.pop_back();
+    // b's token folds into a's.
+    const std::size_t tb = tokenAt[b];
+    for (const std::size_t t : partners[tb]) {
+      partners[t].erase(tb);
+      if (t != ta) {
+        partners[t].insert(ta);
+        partners[ta].insert(t);
+      }
+    }
+    partners[ta].erase(tb);
+    partners[tb].clear();
+    tokenAt[b] = tokenAt.back();
+    slotOf[tokenAt[b]] = b;
+    tokenAt.pop_back();
   }
 
   if (loops.size() != 1) {

@@ -10,6 +10,8 @@
 #include <gk/cntr/errors/contour_errors.h>
 #include <gtest/gtest.h>
 
+#include "plain_reference.h"
+#include "plain_region_reference.h"
 #include "region_test_access.h"
 #include "shapes.h"
 
@@ -683,4 +685,51 @@ TEST(RegionInsideRandomized, AgreesWithACrossingNumberOracleOnRandomStars) {
   }
   EXPECT_GT(compared, 5000);
   EXPECT_EQ(disagreements, 0);
+}
+
+// --- the containment ray against the plain full sort -----------------------------------------
+
+TEST(RegionContainmentFastPaths, InsideCountMatchesTheFullSortOfDirections) {
+  gk::test::DegenerateShapes gen(31);
+  std::size_t inside = 0;
+  std::size_t queries = 0;
+  for (int shape = 0; shape < 1500; ++shape) {
+    const gkRegion region(gen.points(3 + gen.pick(60), shape % 6 == 0), gkContourDefs::eIgnore);
+    const gk::test::PlainRegion plain(region);
+    for (int q = 0; q < 8; ++q) {
+      gkVector<2> p = gen.points(1, q == 7)[0];
+      if (q == 0) {
+        p = region.points()[gen.pick(region.points().size())];  // on a vertex
+      }
+      for (const bool both : {false, true}) {
+        const long fast = RegionAccess::insideCount(region, p, both);
+        ASSERT_EQ(fast, plain.plainInsideCount(p, both)) << "shape " << shape << " query " << q;
+        inside += fast % 2 == 1 ? 1 : 0;
+        ++queries;
+      }
+    }
+  }
+  EXPECT_GT(inside, queries / 10);
+  EXPECT_LT(inside, queries * 9 / 10);
+}
+
+TEST(RegionContainmentFastPaths, InsideCountMatchesTheFullSortOnDenseStars) {
+  // Many vertices, so the first wide gap may come late in the order.
+  std::mt19937_64 rng(8);
+  std::uniform_real_distribution<double> u(0, 1);
+  for (const std::size_t n : {64u, 1000u, 5000u}) {
+    std::vector<gkVector<2>> v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double a = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+      const double r = 100 * (1 + 0.3 * u(rng));
+      v.emplace_back(r * std::cos(a), r * std::sin(a));
+    }
+    const gkRegion region(v, gkContourDefs::eIgnore);
+    const gk::test::PlainRegion plain(region);
+    for (int q = 0; q < 40; ++q) {
+      const gkVector<2> p(260 * u(rng) - 130, 260 * u(rng) - 130);
+      ASSERT_EQ(RegionAccess::insideCount(region, p, false), plain.plainInsideCount(p, false));
+      ASSERT_EQ(RegionAccess::insideCount(region, p, true), plain.plainInsideCount(p, true));
+    }
+  }
 }

@@ -14,6 +14,7 @@
 #include <sstream>
 #include <string>
 #include <tuple>
+#include <typeinfo>
 #include <vector>
 
 #include <gk/base/assert.h>
@@ -22,6 +23,8 @@
 #include <gk/cntr/errors/contour_errors.h>
 #include <gtest/gtest.h>
 
+#include "plain_reference.h"
+#include "plain_region_reference.h"
 #include "region_test_access.h"
 #include "shapes.h"
 
@@ -990,4 +993,96 @@ TEST(RegionOuterHull, ConnectingLoopDroppedAsInsideLeavesTwoLoopsAndTripsTheAsse
   EXPECT_EQ(AssertionCounter::lastLine(), 618);
   const Outcome hull = ReferenceWalk::run(input, true);
   EXPECT_EQ(hull.kind, Outcome::eAssertion);
+}
+
+// --- the faster loop handling against the plain scans ---------------------------------------
+
+namespace {
+
+/// The outcome of a walk: the boundary, or the exception it threw (type and message).
+struct WalkOutcome {
+  std::vector<gkVector<2>> points;
+  std::string error;
+};
+
+template <typename F>
+WalkOutcome outcomeOf(F&& walk) {
+  WalkOutcome out;
+  try {
+    gkRegion result;
+    walk(result);
+    out.points = result.points();
+  } catch (const std::exception& e) {
+    out.error = std::string(typeid(e).name()) + ": " + e.what();
+  }
+  return out;
+}
+
+bool sameWalk(const WalkOutcome& a, const WalkOutcome& b) {
+  if (a.error != b.error || a.points.size() != b.points.size()) {
+    return false;
+  }
+  return a.points.empty() ||
+         std::memcmp(a.points.data(), b.points.data(), a.points.size() * sizeof(a.points[0])) == 0;
+}
+
+std::vector<gkVector<2>> crossingStar(std::size_t n, int swapPercent, std::mt19937_64& rng) {
+  std::uniform_real_distribution<double> u(0, 1);
+  std::vector<gkVector<2>> v;
+  for (std::size_t k = 0; k < n; ++k) {
+    const double a = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+    const double r = 100 * (1 + 0.3 * u(rng));
+    v.emplace_back(r * std::cos(a), r * std::sin(a));
+  }
+  for (std::size_t k = 0; k + 1 < n; ++k) {
+    if (u(rng) * 100 < swapPercent) {
+      std::swap(v[k], v[k + 1]);
+    }
+  }
+  return v;
+}
+
+void expectWalksAgree(const std::vector<gkVector<2>>& v, int& walked) {
+  const gkRegion region(v, gkContourDefs::eIgnore);
+  const gk::test::PlainRegion plain(region);
+  for (const bool hullOnly : {false, true}) {
+    const WalkOutcome fast = outcomeOf(
+        [&](gkRegion& r) { gkRegionTestAccess::outerHullRegularize(region, r, hullOnly); });
+    const WalkOutcome reference =
+        outcomeOf([&](gkRegion& r) { plain.plainOuterHullRegularize(r, hullOnly); });
+    ASSERT_TRUE(sameWalk(fast, reference))
+        << "hullOnly " << hullOnly << " fast error '" << fast.error << "' plain error '"
+        << reference.error << "' sizes " << fast.points.size() << " " << reference.points.size();
+    walked += fast.error.empty() ? 1 : 0;
+  }
+}
+
+}  // namespace
+
+TEST(RegionHullFastPaths, WalksMatchThePlainScansOnRandomCrossingStars) {
+  std::mt19937_64 rng(2026);
+  int walked = 0;
+  for (int shape = 0; shape < 200; ++shape) {
+    expectWalksAgree(crossingStar(6 + rng() % 80, 5 + static_cast<int>(rng() % 30), rng), walked);
+  }
+  // Most of them must get through the walk for the comparison to mean anything.
+  EXPECT_GT(walked, 300) << walked;
+}
+
+TEST(RegionHullFastPaths, WalksMatchThePlainScansOnDegenerateGridShapes) {
+  gk::test::DegenerateShapes gen(99);
+  int walked = 0;
+  for (int shape = 0; shape < 700; ++shape) {
+    expectWalksAgree(gen.points(4 + gen.pick(12)), walked);
+  }
+  EXPECT_GT(walked, 150) << walked;
+}
+
+TEST(RegionHullFastPaths, WalksMatchThePlainScansOnLargerCrossingStars) {
+  std::mt19937_64 rng(7);
+  int walked = 0;
+  for (const std::size_t n : {300u, 600u}) {
+    expectWalksAgree(crossingStar(n, 10, rng), walked);
+  }
+  EXPECT_EQ(walked, 4);
 }

@@ -9,6 +9,8 @@
 #include <gk/cntr/errors/contour_errors.h>
 #include <gk/cntr/region.h>
 
+#include "base/detail/box_index.h"
+
 namespace {
 
 using Points = std::vector<gkVector<2>>;
@@ -185,6 +187,24 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     known.emplace(key, inside);
     return inside;
   };
+  // A loop whose box does not hold the midpoint answers "outside" before anything else, so
+  // only the loops an index over the boxes names need asking, still in list order. A loop of
+  // fewer than 2 vertices has no box (asking it throws), and then every loop is asked.
+  const bool boxed = std::all_of(loops.begin(), loops.end(),
+                                 [](const gkRegion& loop) { return loop.points().size() >= 2; });
+  std::vector<gkRect> loopBoxes;
+  if (boxed) {
+    for (const gkRegion& loop : loops) {
+      loopBoxes.push_back(loop.encloseRect(gkXform<2>()));
+    }
+  }
+  const gk::detail::BoxIndex boxIndex(loopBoxes, {});
+  constexpr std::size_t kGone = static_cast<std::size_t>(-1);
+  std::vector<std::size_t> slotOfId(loops.size());
+  for (std::size_t k = 0; k < slotOfId.size(); ++k) {
+    slotOfId[k] = k;
+  }
+  std::vector<std::size_t> asked;
   // A loop before a was inside none of the loops, so it is inside none of fewer: after a
   // removal the scan resumes at a, which now holds the former last loop.
   std::size_t resumeDrop = 0;
@@ -195,12 +215,31 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
       const Points& av = kept[a].points();
       GK_ASSERT(av.size() >= 2);
       const gkVector<2> mid = (av[1] + av[0]) / 2.0;
-      for (std::size_t b = 0; b < kept.size(); ++b) {
+      asked.clear();
+      if (boxed) {
+        std::vector<std::size_t> ids;
+        boxIndex.candidates(gkRect(mid, gkVector<2>()), ids);
+        for (const std::size_t id : ids) {
+          if (slotOfId[id] != kGone) {
+            asked.push_back(slotOfId[id]);
+          }
+        }
+        std::sort(asked.begin(), asked.end());
+      } else {
+        for (std::size_t b = 0; b < kept.size(); ++b) {
+          asked.push_back(b);
+        }
+      }
+      for (const std::size_t b : asked) {
         if (b != a && holds(b, a, mid)) {
+          slotOfId[keptId[a]] = kGone;
           kept[a] = kept.back();
           kept.pop_back();
           keptId[a] = keptId.back();
           keptId.pop_back();
+          if (a < keptId.size()) {
+            slotOfId[keptId[a]] = a;
+          }
           removed = true;
           break;
         }

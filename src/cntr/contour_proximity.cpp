@@ -9,26 +9,11 @@
 #include <gk/cntr/errors/contour_errors.h>
 
 #include "base/detail/box_index.h"
+#include "base/detail/grid_cell.h"
 #include "base/detail/segment_walk.h"
 #include "base/detail/total_order.h"
 
 namespace {
-
-/// The grid cell of coordinate c for cell size t: c / t rounded to nearest, halves away from
-/// zero, so cells are centred on multiples of t (not floored). Defined for every input: a NaN
-/// quotient goes to cell 0 (its vertex can never be within a tolerance anyway), and quotients
-/// beyond +-2^62 are clamped there, which keeps the +-1 neighbourhood of any cell inside long.
-/// Clamping is monotone, so two coordinates less than one cell apart stay in neighbouring cells.
-long gridCell(double c, double t) {
-  const double q = c / t;
-  if (std::isnan(q)) {
-    return 0;
-  }
-  constexpr double kLimit = 4611686018427387904.0;  // 2^62
-  double r = q >= 0.0 ? std::trunc(q + 0.5) : -std::trunc(-q + 0.5);
-  r = std::min(std::max(r, -kLimit), kLimit);
-  return static_cast<long>(r);
-}
 
 /// Orders the crossings found along a query segment as an exchange sort does: position i takes,
 /// in turn, every later record with a strictly smaller key. That exact order (it is not a
@@ -145,13 +130,13 @@ std::vector<int> gkContour::vertexIndex(const gkVector<2>& pt, double tolerance)
     vertexGrid_->emplace_back(tolerance, VertexGrids::value_type::second_type());
     grid = vertexGrid_->end() - 1;
     for (std::size_t j = 0; j < points_.size(); ++j) {
-      const gkPair<long> cell(gridCell(points_[j].x(), tolerance),
-                              gridCell(points_[j].y(), tolerance));
+      const gkPair<long> cell(gk::detail::gridCell(points_[j].x(), tolerance),
+                              gk::detail::gridCell(points_[j].y(), tolerance));
       grid->second[cell].push_back(static_cast<int>(j));
     }
   }
-  const long cx = gridCell(pt.x(), tolerance);
-  const long cy = gridCell(pt.y(), tolerance);
+  const long cx = gk::detail::gridCell(pt.x(), tolerance);
+  const long cy = gk::detail::gridCell(pt.y(), tolerance);
   // The 3x3 neighbourhood of the query's cell, widened where rounding demands it: c / t is
   // rounded, so a vertex just inside the tolerance can land two cells away (4.55 / 1.3 is
   // 3.4999999999999996, cell 3, while 5.85 / 1.3 is exactly 4.5, cell 5). Every coordinate
@@ -160,7 +145,7 @@ std::vector<int> gkContour::vertexIndex(const gkVector<2>& pt, double tolerance)
   // Rounding moves a bound by at most one more cell, so the scan is capped at cx +- 2: that also
   // keeps it to 5 columns when pt +- t overflows to an infinity.
   const auto reach = [tolerance](double c, long cell, double toward) {
-    const long bound = gridCell(c + toward * tolerance, tolerance);
+    const long bound = gk::detail::gridCell(c + toward * tolerance, tolerance);
     return toward < 0 ? std::min(cell - 1, std::max(bound, cell - 2))
                       : std::max(cell + 1, std::min(bound, cell + 2));
   };

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <set>
 #include <unordered_map>
 #include <vector>
@@ -10,6 +11,7 @@
 #include <gk/cntr/region.h>
 
 #include "base/detail/box_index.h"
+#include "base/detail/grid_cell.h"
 
 namespace {
 
@@ -36,6 +38,158 @@ Points loopRun(const Points& v, long from, long to) {
     run.push_back(v[wrapIndex(i, v.size())]);
   }
   return run;
+}
+
+/// The plain split: scan each loop's vertices in order for the first one with another vertex of
+/// the same loop within kVertexCoincidence (the first such in the loop's vertexIndex order),
+/// cut the loop there into two, the loop keeping the part from that vertex, the new loop at the
+/// end of the list taking the rest, and start over. Loops before the one cut were scanned
+/// whole without a repeat and are unchanged, so the scan resumes at it.
+std::vector<Points> splitAtRepeatsPlain(const Points& walked) {
+  std::vector<gkRegion> loops;
+  loops.emplace_back(walked, gkContourDefs::eIgnore);
+  std::size_t resume = 0;
+  for (bool split = true; split;) {
+    split = false;
+    for (std::size_t r = resume; r < loops.size() && !split; ++r) {
+      resume = r;
+      const Points lv = loops[r].points();
+      const long m = static_cast<long>(lv.size());
+      for (long j = 0; j < m && !split; ++j) {
+        for (const int found :
+             loops[r].vertexIndex(lv[static_cast<std::size_t>(j)], kVertexCoincidence)) {
+          long q = found;
+          if (q == j) {
+            continue;
+          }
+          if (q < j) {
+            q += m;
+          }
+          loops[r] = gkRegion(loopRun(lv, j, q - 1), gkContourDefs::eIgnore);
+          loops.emplace_back(loopRun(lv, q, j + m - 1), gkContourDefs::eIgnore);
+          split = true;
+          break;
+        }
+      }
+    }
+  }
+  std::vector<Points> out;
+  for (const gkRegion& loop : loops) {
+    out.push_back(loop.points());
+  }
+  return out;
+}
+
+/// The same split without building a region (and its vertex grid) per cut. Loops are kept as
+/// lists of numbers of walked vertices; they always partition the walked vertices, so each
+/// vertex knows its loop and its place there. Which vertices lie within kVertexCoincidence of
+/// which is found once over the whole walk; a vertex's first repeat in its loop is then the
+/// one that comes first in the order vertexIndex reports (grid column, grid row, then the
+/// number in the loop), among the near vertices that are in the same loop.
+std::vector<Points> splitAtRepeats(const Points& walked) {
+  const std::size_t n = walked.size();
+  if (n < 2) {
+    return splitAtRepeatsPlain(walked);  // throws as scanning a loop of fewer than 2 does
+  }
+  struct Near {
+    long column;
+    long row;
+    std::uint32_t vertex;
+  };
+  std::vector<std::vector<Near>> near(n);
+  {
+    const gkContour everything(walked, false, 0);
+    std::size_t total = 0;
+    for (std::size_t w = 0; w < n; ++w) {
+      for (const int found : everything.vertexIndex(walked[w], kVertexCoincidence)) {
+        const std::size_t k = static_cast<std::size_t>(found);
+        if (k != w) {
+          near[w].push_back({gk::detail::gridCell(walked[k].x(), kVertexCoincidence),
+                             gk::detail::gridCell(walked[k].y(), kVertexCoincidence),
+                             static_cast<std::uint32_t>(k)});
+        }
+      }
+      total += near[w].size();
+      // Crowds of coincident vertices would make these lists quadratic: cut that short.
+      if (total > 16 * n + 64) {
+        return splitAtRepeatsPlain(walked);
+      }
+    }
+  }
+
+  std::vector<std::vector<std::uint32_t>> loops(1, std::vector<std::uint32_t>(n));
+  std::vector<std::size_t> loopOf(n, 0);
+  std::vector<std::size_t> placeOf(n);
+  for (std::size_t w = 0; w < n; ++w) {
+    loops[0][w] = static_cast<std::uint32_t>(w);
+    placeOf[w] = w;
+  }
+  const auto place = [&](std::size_t r) {
+    for (std::size_t i = 0; i < loops[r].size(); ++i) {
+      loopOf[loops[r][i]] = r;
+      placeOf[loops[r][i]] = i;
+    }
+  };
+
+  std::size_t resume = 0;
+  for (bool split = true; split;) {
+    split = false;
+    for (std::size_t r = resume; r < loops.size() && !split; ++r) {
+      resume = r;
+      const std::size_t m = loops[r].size();
+      if (m < 2) {
+        throw gkContourDefs::EmptyContour();  // what asking a one-vertex loop throws
+      }
+      for (std::size_t j = 0; j < m && !split; ++j) {
+        const Near* first = nullptr;
+        for (const Near& candidate : near[loops[r][j]]) {
+          if (loopOf[candidate.vertex] != r) {
+            continue;
+          }
+          if (!first || candidate.column < first->column ||
+              (candidate.column == first->column &&
+               (candidate.row < first->row ||
+                (candidate.row == first->row &&
+                 placeOf[candidate.vertex] < placeOf[first->vertex])))) {
+            first = &candidate;
+          }
+        }
+        if (!first) {
+          continue;
+        }
+        std::size_t q = placeOf[first->vertex];
+        if (q < j) {
+          q += m;
+        }
+        const std::vector<std::uint32_t> lv = loops[r];
+        std::vector<std::uint32_t> kept;
+        std::vector<std::uint32_t> rest;
+        for (std::size_t i = j; i < q; ++i) {
+          kept.push_back(lv[i % m]);
+        }
+        for (std::size_t i = q; i < j + m; ++i) {
+          rest.push_back(lv[i % m]);
+        }
+        loops[r] = std::move(kept);
+        loops.push_back(std::move(rest));
+        place(r);
+        place(loops.size() - 1);
+        split = true;
+      }
+    }
+  }
+
+  std::vector<Points> out;
+  out.reserve(loops.size());
+  for (const std::vector<std::uint32_t>& loop : loops) {
+    Points points;
+    points.reserve(loop.size());
+    for (const std::uint32_t w : loop) {
+      points.push_back(walked[w]);
+    }
+    out.push_back(std::move(points));
+  }
+  return out;
 }
 
 }  // namespace
@@ -139,33 +293,8 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
 
   // Split the walked boundary into simple loops at every repeated vertex.
   std::vector<gkRegion> loops;
-  loops.emplace_back(walked, gkContourDefs::eIgnore);
-  // After a split the scan starts over, but the loops before r were scanned whole without a
-  // repeat and have not changed, so it resumes at r: the same splits, in the same order.
-  std::size_t resume = 0;
-  for (bool split = true; split;) {
-    split = false;
-    for (std::size_t r = resume; r < loops.size() && !split; ++r) {
-      resume = r;
-      const Points lv = loops[r].points();
-      const long m = static_cast<long>(lv.size());
-      for (long j = 0; j < m && !split; ++j) {
-        for (const int found :
-             loops[r].vertexIndex(lv[static_cast<std::size_t>(j)], kVertexCoincidence)) {
-          long q = found;
-          if (q == j) {
-            continue;
-          }
-          if (q < j) {
-            q += m;
-          }
-          loops[r] = gkRegion(loopRun(lv, j, q - 1), gkContourDefs::eIgnore);
-          loops.emplace_back(loopRun(lv, q, j + m - 1), gkContourDefs::eIgnore);
-          split = true;
-          break;
-        }
-      }
-    }
+  for (const Points& loop : splitAtRepeats(walked)) {
+    loops.emplace_back(loop, gkContourDefs::eIgnore);
   }
 
   // Drop every loop that lies inside another (tested at the midpoint of its first edge). Loops
@@ -257,21 +386,28 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   // where they join (the vertex numbers j and q) is found as before.
   const std::size_t loopCount = loops.size();
   std::vector<std::set<std::size_t>> partners(loopCount);  // by token: a loop's first slot
+  // Every vertex of every loop gets a number; each loop (by slot) lists its vertices' numbers
+  // in order, each number knows its loop's token and the numbers near it in other loops.
+  std::vector<std::vector<std::uint32_t>> numbers(loopCount);
+  std::vector<std::size_t> owner;
+  std::vector<std::vector<std::uint32_t>> nearOthers;
   if (loopCount > 1) {
     Points all;
-    std::vector<std::size_t> owner;
     for (std::size_t t = 0; t < loopCount; ++t) {
       for (const gkVector<2>& vertex : loops[t].points()) {
+        numbers[t].push_back(static_cast<std::uint32_t>(all.size()));
         all.push_back(vertex);
         owner.push_back(t);
       }
     }
+    nearOthers.resize(all.size());
     const gkContour everything(all, false, 0);
     for (std::size_t k = 0; k < all.size(); ++k) {
       for (const int found : everything.vertexIndex(all[k], kVertexCoincidence)) {
         const std::size_t other = owner[static_cast<std::size_t>(found)];
         if (other != owner[k]) {
           partners[owner[k]].insert(other);
+          nearOthers[k].push_back(static_cast<std::uint32_t>(found));
         }
       }
     }
@@ -297,24 +433,44 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     const Points av = loops[a].points();
     const Points bv = loops[b].points();
     const long ma = static_cast<long>(av.size());
+    const long mb = static_cast<long>(bv.size());
+    const std::size_t tb = tokenAt[b];
+    // The first vertex of a with a vertex of b near it: the first for which b's vertexIndex
+    // is not empty, found from the near lists instead of a grid lookup per vertex.
     long j = 0;
-    std::vector<int> shared;
     for (; j < ma; ++j) {
-      shared = loops[b].vertexIndex(av[static_cast<std::size_t>(j)], kVertexCoincidence);
-      if (!shared.empty()) {
+      const auto& nearHere = nearOthers[numbers[a][static_cast<std::size_t>(j)]];
+      if (std::any_of(nearHere.begin(), nearHere.end(),
+                      [&](std::uint32_t k) { return owner[k] == tb; })) {
         break;
       }
     }
+    GK_ASSERT(j < ma);
+    const std::vector<int> shared =
+        loops[b].vertexIndex(av[static_cast<std::size_t>(j)], kVertexCoincidence);
     GK_ASSERT(!shared.empty());
     const long q = shared.front();
     Points joined = loopRun(av, j, j + ma - 1);
-    const Points tail = loopRun(bv, q, q + static_cast<long>(bv.size()) - 1);
+    const Points tail = loopRun(bv, q, q + mb - 1);
     joined.insert(joined.end(), tail.begin(), tail.end());
+    std::vector<std::uint32_t> joinedNumbers;
+    joinedNumbers.reserve(joined.size());
+    for (long i = j; i < j + ma; ++i) {
+      joinedNumbers.push_back(numbers[a][wrapIndex(i, av.size())]);
+    }
+    for (long i = q; i < q + mb; ++i) {
+      joinedNumbers.push_back(numbers[b][wrapIndex(i, bv.size())]);
+      owner[joinedNumbers.back()] = ta;
+    }
     loops[a] = gkRegion(joined, gkContourDefs::eIgnore);
+    numbers[a] = std::move(joinedNumbers);
     loops[b] = loops.back();
     loops.pop_back();
+    if (b + 1 < numbers.size()) {
+      numbers[b] = std::move(numbers.back());
+    }
+    numbers.pop_back();
     // b's token folds into a's.
-    const std::size_t tb = tokenAt[b];
     for (const std::size_t t : partners[tb]) {
       partners[t].erase(tb);
       if (t != ta) {

@@ -235,10 +235,11 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     const gkVector<2> w = gkVector<2>(-u.y(), u.x()) * eps;
     const gkVector<2> a = mid + w;
     const gkVector<2> b = mid - w;
-    const std::size_t c1 = intersections(gkLineSeg(a, b), true, false).size();
-    const std::size_t c2 = intersections(gkLineSeg(v[i], v[i + 1]), true, false).size();
-    const bool outside = insideCount(a, true) == 0 || insideCount(b, true) == 0;
-    if (c1 == 1 && c2 == 2 && outside) {
+    // The three tests have no effect but their answers, so the costly containment is asked
+    // only of an edge that passed the other two.
+    if (intersections(gkLineSeg(a, b), true, false).size() == 1 &&
+        intersections(gkLineSeg(v[i], v[i + 1]), true, false).size() == 2 &&
+        (insideCount(a, true) == 0 || insideCount(b, true) == 0)) {
       start = static_cast<long>(i);
     }
   }

@@ -15,6 +15,46 @@
 
 namespace {
 
+/// A cheap, exact rejection for segment queries. A crossing is kept only when the point found is
+/// within gkTolProximity of both segments, which needs the segments within 2 gkTolProximity of
+/// each other, give or take the rounding of the distances (a few units in the last place of
+/// the largest coordinate). When one segment lies wholly on one side of the other's line and
+/// farther than that, with a margin of 64 units of rounding, the full test would fail: the
+/// query skips it. Cross products only, no square roots or line intersections. Off (never
+/// rejecting) when a coordinate is not finite or beyond 1e100, where the margin is not known.
+class SeparationTest {
+ public:
+  SeparationTest(const gkRect& contourBox, const gkLineSeg& query) : query_(query) {
+    double m = 0;
+    for (const double c :
+         {contourBox.ul().x(), contourBox.ul().y(), contourBox.lr().x(), contourBox.lr().y(),
+          query.p1().x(), query.p1().y(), query.p2().x(), query.p2().y()}) {
+      m = std::max(m, std::abs(c));
+    }
+    // NaN makes the comparison false, so a NaN bound leaves the test off.
+    on_ = m <= 1e100;
+    reach_ = 2.0 * gkTolProximity + 64.0 * std::numeric_limits<double>::epsilon() * m;
+  }
+
+  bool operator()(const gkLineSeg& s) const {
+    return on_ && (oneSideBeyond(query_, s) || oneSideBeyond(s, query_));
+  }
+
+ private:
+  /// Both ends of b farther than the reach from the line of a, on the same side.
+  bool oneSideBeyond(const gkLineSeg& a, const gkLineSeg& b) const {
+    const gkVector<2> d = a.p2() - a.p1();
+    const double limit = reach_ * d.len() * 1.001;
+    const double c1 = d.cross(b.p1() - a.p1());
+    const double c2 = d.cross(b.p2() - a.p1());
+    return (c1 > limit && c2 > limit) || (c1 < -limit && c2 < -limit);
+  }
+
+  gkLineSeg query_;
+  bool on_ = false;
+  double reach_ = 0;
+};
+
 /// Orders the crossings found along a query segment as an exchange sort does: position i takes,
 /// in turn, every later record with a strictly smaller key. That exact order (it is not a
 /// stable sort, and a NaN key never moves) is the one callers see. With distinct keys and no
@@ -177,10 +217,12 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
   segIndices.clear();
   const gkLine queryLine = seg.line();
   const gkRect queryBox = gkRect(seg.p2(), gkVector<2>()).enclose(gkRect(seg.p1(), gkVector<2>()));
-  if (!encloseRect(gkXform<2>()).overlaps(queryBox)) {
+  const gkRect contourBox = encloseRect(gkXform<2>());
+  if (!contourBox.overlaps(queryBox)) {
     return {};
   }
   computeLineSegs();
+  const SeparationTest apart(contourBox, seg);
 
   if (!segIndex_) {
     segIndex_ = std::make_shared<const gk::detail::BoxIndex>(segRects_, validLine_);
@@ -195,7 +237,8 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
   const gkVector<2> along = seg.p2() - seg.p1();
   for (const std::size_t k : candidates) {
     // Cheapest rejections first: degenerate, boxes apart, parallel.
-    if (!validLine_[k] || !segRects_[k].overlaps(queryBox) || lines_[k].isParallel(queryLine)) {
+    if (!validLine_[k] || !segRects_[k].overlaps(queryBox) || apart(lineSegs_[k]) ||
+        lines_[k].isParallel(queryLine)) {
       continue;
     }
     const gkLineSeg& s = lineSegs_[k];

@@ -114,6 +114,8 @@ BoxIndex::BoxIndex(const std::vector<gkRect>& boxes, const std::vector<bool>& in
         cellStart_[c + 1] += cellStart_[c];
       }
       entries_.resize(cellStart_[cells]);
+      firstColumn_.assign(boxes.size(), 0);
+      firstRow_.assign(boxes.size(), 0);
       fill.assign(cellStart_.begin(), cellStart_.end() - 1);
     }
     for (const std::uint32_t k : indexed) {
@@ -126,6 +128,10 @@ BoxIndex::BoxIndex(const std::vector<gkRect>& boxes, const std::vector<bool>& in
           wide_.push_back(k);
         }
         continue;
+      }
+      if (pass == 1) {
+        firstColumn_[k] = static_cast<std::uint32_t>(c0);
+        firstRow_[k] = static_cast<std::uint32_t>(r0);
       }
       for (std::size_t r = r0; r <= r1; ++r) {
         for (std::size_t c = c0; c <= c1; ++c) {
@@ -161,21 +167,29 @@ void BoxIndex::candidates(const gkRect& query, std::vector<std::size_t>& out) co
     out.assign(indexed_.begin(), indexed_.end());
     return;
   }
+  // A box listed in several of the visited cells is reported from the first of them only: the
+  // cell where its column and row ranges and the query's begin to overlap.
   for (std::size_t r = r0; r <= r1; ++r) {
-    const std::size_t first = cellStart_[r * columns_ + c0];
-    const std::size_t last = cellStart_[r * columns_ + c1 + 1];
-    out.insert(out.end(), entries_.begin() + static_cast<std::ptrdiff_t>(first),
-               entries_.begin() + static_cast<std::ptrdiff_t>(last));
+    for (std::size_t c = c0; c <= c1; ++c) {
+      const std::size_t cell = r * columns_ + c;
+      for (std::size_t e = cellStart_[cell]; e < cellStart_[cell + 1]; ++e) {
+        const std::uint32_t k = entries_[e];
+        if (std::max<std::size_t>(firstColumn_[k], c0) == c &&
+            std::max<std::size_t>(firstRow_[k], r0) == r) {
+          out.push_back(k);
+        }
+      }
+    }
   }
   out.insert(out.end(), wide_.begin(), wide_.end());
   std::sort(out.begin(), out.end());
-  out.erase(std::unique(out.begin(), out.end()), out.end());
 }
 
 std::size_t BoxIndex::bytes() const {
   return sizeof(*this) + cellStart_.capacity() * sizeof(std::uint32_t) +
          entries_.capacity() * sizeof(std::uint32_t) + wide_.capacity() * sizeof(std::uint32_t) +
-         indexed_.capacity() * sizeof(std::uint32_t);
+         indexed_.capacity() * sizeof(std::uint32_t) +
+         (firstColumn_.capacity() + firstRow_.capacity()) * sizeof(std::uint32_t);
 }
 
 }  // namespace gk::detail

@@ -45,6 +45,10 @@ class BoxIndex {
   std::vector<std::uint32_t> wide_;
   // Every indexed box, for queries that cover most of the grid anyway.
   std::vector<std::uint32_t> indexed_;
+  // The first column and row of each box listed in cells, so that a query reports a box only
+  // from the first cell it shares with it, and never twice.
+  std::vector<std::uint32_t> firstColumn_;
+  std::vector<std::uint32_t> firstRow_;
   std::size_t boxCount_ = 0;
 };
 

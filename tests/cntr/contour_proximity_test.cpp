@@ -1105,3 +1105,46 @@ TEST(ContourIndexedQueries, CrossingsWithEqualPositionsKeepTheExchangeOrder) {
   EXPECT_EQ(fastIndices, plainIndices);
   EXPECT_GE(found.size(), 8u);
 }
+
+TEST(ContourIndexedQueries, NearTouchesAroundTheProximityToleranceMatchThePlainScan) {
+  // A spike stops short of (or passes) a slanted segment by distances around the tolerance, at
+  // several scales, so the cheap far-apart rejection works right at its edge. The segment is
+  // slanted so that the spike's box overlaps its box and only the distance decides.
+  int kept = 0;
+  int near = 0;
+  for (const double scale : {1.0, 1e3, 1e6}) {
+    for (const double gap : {-3e-6, -2.1e-6, -1.9e-6, -1.1e-6, -0.9e-6, 0.0, 0.5e-6, 0.9e-6, 1.1e-6,
+                             1.9e-6, 2.1e-6, 3e-6}) {
+      for (const double slant : {1e-9, 0.05, 0.3}) {
+        // The base runs from (0, 0) to (s, s/2); its unit normal is (-1, 2) / sqrt(5).
+        const gkVector<2> tip(scale / 2 - gap / std::sqrt(5.0),
+                              scale / 4 + 2 * gap / std::sqrt(5.0));
+        const Points v{{0, 0},
+                       {scale, scale / 2},
+                       {scale, scale},
+                       {scale / 2 + slant * scale, scale},
+                       tip,
+                       {scale / 2 - slant * scale, scale}};
+        const ProbeContour c(v, true, 0);
+        const gk::test::PlainContour plain(c);
+        EXPECT_EQ(c.isSelfIntersecting(), plain.plainIsSelfIntersecting())
+            << scale << " " << gap << " " << slant;
+        for (std::size_t k = 0; k < v.size(); ++k) {
+          const gkLineSeg seg(v[k], v[(k + 1) % v.size()]);
+          for (const bool includeEnds : {false, true}) {
+            std::vector<int> a;
+            std::vector<int> b;
+            const Points found = c.intersections(seg, a, includeEnds);
+            ASSERT_TRUE(sameBits(found, plain.plainIntersections(seg, b, includeEnds)));
+            ASSERT_EQ(a, b);
+            kept += static_cast<int>(found.size());
+            near += (k == 1 && gap > 0 && !found.empty()) ? 1 : 0;
+          }
+        }
+      }
+    }
+  }
+  EXPECT_GT(kept, 100);
+  // Spikes that stop short within the tolerance are crossings here.
+  EXPECT_GT(near, 0);
+}

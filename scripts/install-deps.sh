@@ -8,7 +8,8 @@
 #                                    sanitizers), for the fuzz preset
 set -euo pipefail
 
-packages=(cmake make g++ pkgconf libgtest-dev libgmock-dev libexpat1-dev)
+packages=(cmake make g++ pkgconf libgtest-dev libgmock-dev libexpat1-dev libboost-dev
+  nlohmann-json3-dev)
 if [[ "${1:-}" == "bench" ]]; then
   packages+=(libbenchmark-dev)
 fi

@@ -1,9 +1,12 @@
 #include <gk/cntr/region_set.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include <gk/cntr/errors/contour_errors.h>
+
+#include "base/detail/box_index.h"
 
 namespace {
 
@@ -129,10 +132,44 @@ bool gkRegionSet::isSelfIntersecting() const {
       selfIntersecting_ = true;
     }
   }
-  for (std::size_t i = 0; i + 1 < regions_.size(); ++i) {
-    for (std::size_t j = i + 1; j < regions_.size(); ++j) {
-      const gkContour& a = *regions_[i];
-      if (!a.intersections(static_cast<const gkContour&>(*regions_[j])).empty()) {
+  // Then the pairs (i, j), i < j, until the first that meets. Only pairs whose boxes overlap can
+  // meet: i asks about each segment of j, and answers nothing for a segment whose box misses
+  // its own box, the first thing it checks; when no vertex of j is NaN, every segment box of j
+  // lies in j's box. So an index over the member boxes names the j worth asking; members with
+  // a NaN vertex are always asked, members of fewer than two vertices have no segment that can
+  // meet anything and are never asked. Row i of a member with fewer than two vertices throws
+  // on its first pair, as the pair scan does.
+  const std::size_t count = regions_.size();
+  std::vector<gkRect> boxes(count);
+  std::vector<bool> boxed(count, false);
+  std::vector<std::size_t> alwaysAsked;
+  for (std::size_t j = 0; j < count; ++j) {
+    const std::vector<gkVector<2>>& v = regions_[j]->points();
+    if (v.size() < 2) {
+      continue;
+    }
+    const bool anyNaN = std::any_of(v.begin(), v.end(), [](const gkVector<2>& p) {
+      return std::isnan(p.x()) || std::isnan(p.y());
+    });
+    if (anyNaN) {
+      alwaysAsked.push_back(j);
+    } else {
+      boxes[j] = regions_[j]->encloseRect(gkXform<2>());
+      boxed[j] = true;
+    }
+  }
+  const gk::detail::BoxIndex index(boxes, boxed);
+  std::vector<std::size_t> asked;
+  for (std::size_t i = 0; i + 1 < count; ++i) {
+    const gkContour& a = *regions_[i];
+    if (a.points().size() < 2) {
+      a.intersections(static_cast<const gkContour&>(*regions_[i + 1]));  // throws EmptyContour
+    }
+    index.candidates(a.encloseRect(gkXform<2>()), asked);
+    asked.insert(asked.end(), alwaysAsked.begin(), alwaysAsked.end());
+    std::sort(asked.begin(), asked.end());
+    for (const std::size_t j : asked) {
+      if (j > i && !a.intersections(static_cast<const gkContour&>(*regions_[j])).empty()) {
         selfIntersecting_ = true;
         return true;
       }

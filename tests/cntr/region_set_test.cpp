@@ -416,3 +416,74 @@ TEST(RegionSetRandomized, PairwiseDisjointSimpleRegionsComeBackEqual) {
     EXPECT_EQ(h, s);
   }
 }
+
+// --- the indexed pair scan against the plain one ---------------------------------------------
+
+namespace {
+
+/// Every member asked, then every pair (i, j), i < j, in order until the first that meets; a
+/// throw is reported as such. Returns 0 (no), 1 (yes) or 2 (threw EmptyContour).
+int plainSetSelfIntersecting(const gkRegionSet& set) {
+  const gkRegionSet::Regions regions = set.regions();
+  bool any = false;
+  for (const auto& r : regions) {
+    any = r->gkContour::isSelfIntersecting() || any;
+  }
+  try {
+    for (std::size_t i = 0; i + 1 < regions.size(); ++i) {
+      for (std::size_t j = i + 1; j < regions.size(); ++j) {
+        const gkContour& a = *regions[i];
+        if (!a.intersections(static_cast<const gkContour&>(*regions[j])).empty()) {
+          return 1;
+        }
+      }
+    }
+  } catch (const gkContourDefs::EmptyContour&) {
+    return 2;
+  }
+  return any ? 1 : 0;
+}
+
+int fastSetSelfIntersecting(const gkRegionSet& set) {
+  try {
+    return set.isSelfIntersecting() ? 1 : 0;
+  } catch (const gkContourDefs::EmptyContour&) {
+    return 2;
+  }
+}
+
+}  // namespace
+
+TEST(RegionSetIndexedPairs, SelfIntersectionMatchesThePlainPairScanOnRandomSets) {
+  std::mt19937_64 rng(404);
+  std::uniform_real_distribution<double> u(0, 1);
+  int answers[3] = {0, 0, 0};
+  for (int trial = 0; trial < 1500; ++trial) {
+    gkRegionSet::Regions members;
+    const int count = 1 + static_cast<int>(rng() % 8);
+    for (int m = 0; m < count; ++m) {
+      Points v;
+      const int kind = static_cast<int>(rng() % 20);
+      const int n = kind == 0 ? static_cast<int>(rng() % 2) : 3 + static_cast<int>(rng() % 6);
+      const double cx = 10 * u(rng);
+      const double cy = 10 * u(rng);
+      for (int k = 0; k < n; ++k) {
+        const double a = 6.283185307179586 * k / n;
+        const double r = 0.5 + 2 * u(rng);
+        v.emplace_back(cx + r * std::cos(a), cy + r * std::sin(a));
+      }
+      if (kind == 1 && !v.empty()) {
+        v[rng() % v.size()] = gkVector<2>(std::nan(""), 1);
+      }
+      members.push_back(gkPtrHandle_const<gkRegion>(new gkRegion(v, gkContourDefs::eIgnore)));
+    }
+    const gkRegionSet set(members, gkContourDefs::eIgnore);
+    const gkRegionSet copy(members, gkContourDefs::eIgnore);
+    const int expected = plainSetSelfIntersecting(copy);
+    ASSERT_EQ(fastSetSelfIntersecting(set), expected) << "trial " << trial;
+    ++answers[expected];
+  }
+  EXPECT_GT(answers[0], 100);
+  EXPECT_GT(answers[1], 100);
+  EXPECT_GT(answers[2], 10);
+}

@@ -1,5 +1,5 @@
 # Thin wrapper over the CMake presets. The README's two commands are `make demo` and `make test`.
-.PHONY: all deps demo test asan release fuzz format clean
+.PHONY: all deps demo test asan release tsan valgrind fuzz format clean
 
 all: test
 
@@ -27,7 +27,23 @@ release: deps
 	cmake --build --preset release
 	ctest --preset release
 
-# The archive fuzzer (clang, libFuzzer) for FUZZ_SECONDS on the seed corpus; see fuzz/README.md.
+# The thread test (tests/reliability/threads_test.cpp) alone under ThreadSanitizer (gcc); any
+# report fails it.
+tsan: deps
+	cmake --preset tsan
+	cmake --build --preset tsan
+	ctest --preset tsan
+
+# Every test executable of the release build under Valgrind memcheck (about a minute); any
+# report fails it. See scripts/valgrind-tests.sh.
+valgrind: deps
+	@scripts/install-deps.sh valgrind
+	cmake --preset release
+	cmake --build --preset release
+	scripts/valgrind-tests.sh build/release
+
+# The archive and geometry fuzzers (clang, libFuzzer), each for FUZZ_SECONDS on its seed
+# corpus; see fuzz/README.md.
 FUZZ_SECONDS ?= 60
 fuzz:
 	@scripts/install-deps.sh fuzz

@@ -6,6 +6,7 @@
 #   scripts/install-deps.sh bench    also the benchmark library and the peer libraries
 #   scripts/install-deps.sh fuzz     also clang and its runtime libraries (libFuzzer, the
 #                                    sanitizers), for the fuzz preset
+#   scripts/install-deps.sh valgrind also valgrind, for `make valgrind`
 set -euo pipefail
 
 packages=(cmake make g++ pkgconf libgtest-dev libgmock-dev libexpat1-dev libboost-dev
@@ -52,4 +53,8 @@ if [[ "${1:-}" == "fuzz" ]]; then
   # version (libclang-rt-14-dev for Debian 12's clang 14).
   clang_major=$(clang++ -dumpversion | cut -d. -f1)
   install_missing "libclang-rt-${clang_major}-dev"
+fi
+
+if [[ "${1:-}" == "valgrind" ]]; then
+  install_missing valgrind
 fi

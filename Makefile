@@ -9,9 +9,10 @@ deps:
 build/dev/CMakeCache.txt: | deps
 	cmake --preset dev
 
+# The command-line tool's demo: measures and draws the bundled example shapes.
 demo: deps build/dev/CMakeCache.txt
-	cmake --build --preset dev --target gkgeom_demo
-	./build/dev/examples/gkgeom_demo
+	cmake --build --preset dev --target gkgeom_tool
+	./build/dev/tools/gkgeom/gkgeom demo --out build/demo
 
 test: deps build/dev/CMakeCache.txt
 	cmake --build --preset dev

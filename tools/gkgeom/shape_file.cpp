@@ -1,0 +1,131 @@
+#include "shape_file.h"
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+namespace gkgeom_tool {
+
+namespace {
+
+using nlohmann::json;
+
+/// Where a bad value is: the file and a JSON pointer into it.
+[[noreturn]] void fail(const std::string& path, const std::string& where, const std::string& what) {
+  throw InputError(path + ": " + (where.empty() ? "/" : where) + ": " + what);
+}
+
+Points readPoints(const std::string& path, const json& list, const std::string& where,
+                  std::size_t minimum) {
+  if (!list.is_array()) {
+    fail(path, where, "expected an array of [x, y] points");
+  }
+  Points points;
+  for (std::size_t k = 0; k < list.size(); ++k) {
+    const json& p = list[k];
+    const std::string at = where + "/" + std::to_string(k);
+    if (!p.is_array() || p.size() != 2 || !p[0].is_number() || !p[1].is_number()) {
+      fail(path, at, "expected a point [x, y] of two numbers");
+    }
+    const double x = p[0].get<double>();
+    const double y = p[1].get<double>();
+    if (!std::isfinite(x) || !std::isfinite(y)) {
+      fail(path, at, "coordinates must be finite numbers");
+    }
+    points.emplace_back(x, y);
+  }
+  if (points.size() < minimum) {
+    fail(path, where,
+         "a ring needs at least " + std::to_string(minimum) + " vertices, this one has " +
+             std::to_string(points.size()));
+  }
+  return points;
+}
+
+Shape::Ring readRing(const std::string& path, const json& j, const std::string& where) {
+  if (!j.is_object() || !j.contains("outer")) {
+    fail(path, where, "expected an object with \"outer\" (and optional \"holes\")");
+  }
+  Shape::Ring ring;
+  ring.outer = readPoints(path, j.at("outer"), where + "/outer", 3);
+  if (j.contains("holes")) {
+    const json& holes = j.at("holes");
+    if (!holes.is_array()) {
+      fail(path, where + "/holes", "expected an array of rings");
+    }
+    for (std::size_t h = 0; h < holes.size(); ++h) {
+      ring.holes.push_back(readPoints(path, holes[h], where + "/holes/" + std::to_string(h), 3));
+    }
+  }
+  return ring;
+}
+
+}  // namespace
+
+std::vector<Shape> readShapeFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    throw InputError(path + ": cannot open the file for reading");
+  }
+  std::stringstream text;
+  text << in.rdbuf();
+  json doc;
+  try {
+    doc = json::parse(text.str());
+  } catch (const json::parse_error& e) {
+    throw InputError(path + ": byte " + std::to_string(e.byte) + ": malformed JSON (" + e.what() +
+                     ")");
+  } catch (const json::exception& e) {
+    // A number too large for a double (1e999): coordinates must be finite.
+    throw InputError(path + ": a number is not finite or out of range (" + e.what() + ")");
+  }
+  if (!doc.is_object() || !doc.contains("shapes") || !doc.at("shapes").is_array()) {
+    fail(path, "", "expected an object with a \"shapes\" array");
+  }
+  std::vector<Shape> shapes;
+  const json& list = doc.at("shapes");
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const json& j = list[i];
+    const std::string where = "/shapes/" + std::to_string(i);
+    if (!j.is_object() || !j.contains("type") || !j.at("type").is_string()) {
+      fail(path, where, "expected an object with a \"type\"");
+    }
+    Shape s;
+    s.name = j.value("name", "shape " + std::to_string(i));
+    if (j.contains("label")) {
+      if (!j.at("label").is_number_unsigned()) {
+        fail(path, where + "/label", "a label is a non-negative integer");
+      }
+      s.label = j.at("label").get<unsigned long>();
+    }
+    const std::string type = j.at("type").get<std::string>();
+    if (type == "contour") {
+      s.kind = Shape::eContour;
+      s.closed = j.value("closed", true);
+      if (!j.contains("points")) {
+        fail(path, where, "a contour needs \"points\"");
+      }
+      s.points = readPoints(path, j.at("points"), where + "/points", 2);
+    } else if (type == "region") {
+      s.kind = Shape::eRegion;
+      s.regions.push_back(readRing(path, j, where));
+    } else if (type == "regionSet") {
+      s.kind = Shape::eRegionSet;
+      if (!j.contains("regions") || !j.at("regions").is_array()) {
+        fail(path, where, "a region set needs a \"regions\" array");
+      }
+      for (std::size_t r = 0; r < j.at("regions").size(); ++r) {
+        s.regions.push_back(
+            readRing(path, j.at("regions")[r], where + "/regions/" + std::to_string(r)));
+      }
+    } else {
+      fail(path, where + "/type", "unknown shape type \"" + type + "\"");
+    }
+    shapes.push_back(std::move(s));
+  }
+  return shapes;
+}
+
+}  // namespace gkgeom_tool

@@ -140,6 +140,83 @@ ordered_json measure(const Shape& shape) {
   return out;
 }
 
+ordered_json insideQuery(const Shape& shape, const gkVector<2>& pt) {
+  ordered_json out;
+  out["name"] = shape.name;
+  out["point"] = point(pt);
+  if (shape.kind == Shape::eContour && !shape.closed) {
+    const gkContour c(shape.points, false, shape.label);
+    put(out, "distance", [&] { return c.distToPoint(pt, false); });
+    put(out, "nearest point", [&] { return point(c.closestPoint(pt, false)); });
+    return out;
+  }
+  if (shape.kind == Shape::eRegionSet) {
+    gkRegionSet::Regions members;
+    for (const Shape::Ring& ring : shape.regions) {
+      members.push_back(gkPtrHandle_const<gkRegion>(new gkRegion(regionOf(ring))));
+    }
+    const gkRegionSet set(members, gkContourDefs::eIgnore);
+    put(out, "inside", [&] { return set.inside(pt, true); });
+    put(out, "inside ignoring holes", [&] { return set.inside(pt, false); });
+    put(out, "distance", [&] { return set.distToPoint(pt, false, true, false); });
+    return out;
+  }
+  const gkRegion r =
+      shape.kind == Shape::eContour
+          ? gkRegion(gkContour(shape.points, true, shape.label), gkContourDefs::eIgnore)
+          : regionOf(shape.regions.front());
+  put(out, "inside", [&] { return r.inside(pt, true); });
+  put(out, "inside ignoring holes", [&] { return r.inside(pt, false); });
+  put(out, "distance", [&] { return r.distToPoint(pt, false, true, false); });
+  put(out, "nearest point", [&] { return point(r.closestPoint(pt, false, true)); });
+  return out;
+}
+
+namespace {
+
+Shape::Ring ringOf(const gkRegion& r) {
+  Shape::Ring ring;
+  ring.outer = r.points();
+  for (const auto& hole : r.holes()) {
+    ring.holes.push_back(hole->points());
+  }
+  return ring;
+}
+
+}  // namespace
+
+Shape repairShape(const Shape& shape, bool hullOnly) {
+  Shape out = shape;
+  if (shape.kind == Shape::eContour) {
+    if (shape.closed) {
+      const gkRegion r(gkContour(shape.points, true, shape.label), gkContourDefs::eIgnore);
+      gkRegion repaired;
+      hullOnly ? r.outerHull(repaired) : r.regularize(repaired);
+      out.points = repaired.points();
+    }
+    return out;
+  }
+  if (shape.kind == Shape::eRegion) {
+    gkRegion repaired;
+    const gkRegion r = regionOf(shape.regions.front());
+    hullOnly ? r.outerHull(repaired) : r.regularize(repaired);
+    out.regions = {ringOf(repaired)};
+    return out;
+  }
+  gkRegionSet::Regions members;
+  for (const Shape::Ring& ring : shape.regions) {
+    members.push_back(gkPtrHandle_const<gkRegion>(new gkRegion(regionOf(ring))));
+  }
+  const gkRegionSet set(members, gkContourDefs::eIgnore);
+  gkRegionSet repaired;
+  hullOnly ? set.outerHull(repaired) : set.regularize(repaired);
+  out.regions.clear();
+  for (const auto& member : repaired.regions()) {
+    out.regions.push_back(ringOf(*member));
+  }
+  return out;
+}
+
 std::vector<ordered_json> measureAll(const std::vector<Shape>& shapes, unsigned jobs,
                                      bool progress) {
   std::vector<ordered_json> result(shapes.size());

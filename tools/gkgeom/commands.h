@@ -22,6 +22,14 @@ std::vector<nlohmann::ordered_json> measureAll(const std::vector<Shape>& shapes,
 /// The aligned text report of measured shapes.
 void writeReport(std::ostream& out, const std::vector<nlohmann::ordered_json>& measured);
 
+/// Containment and proximity of pt for one shape: inside with and without holes, distance to
+/// the boundary and the nearest boundary point (what applies to the shape's kind).
+nlohmann::ordered_json insideQuery(const Shape& shape, const gkVector<2>& pt);
+
+/// The shape with every self-intersecting boundary replaced by its regularization or, with
+/// hullOnly, its outer hull; an open contour is returned as it is.
+Shape repairShape(const Shape& shape, bool hullOnly);
+
 /// What draw adds to the outlines.
 struct DrawOptions {
   bool hull = false;

@@ -3,8 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <iostream>
+#include <stdexcept>
 #include <thread>
 
 #include <CLI/CLI.hpp>
@@ -33,6 +35,55 @@ int measureCommand(const std::vector<std::string>& files, bool asJson, unsigned 
   if (asJson) {
     std::cout << all.dump(2) << '\n';
   }
+  return 0;
+}
+
+gkVector<2> parsePoint(const std::string& text) {
+  const auto comma = text.find(',');
+  try {
+    std::size_t used = 0;
+    const double x = std::stod(text.substr(0, comma), &used);
+    std::size_t usedY = 0;
+    const double y = comma == std::string::npos ? 0 : std::stod(text.substr(comma + 1), &usedY);
+    if (comma == std::string::npos || used != comma || usedY != text.size() - comma - 1 ||
+        !std::isfinite(x) || !std::isfinite(y)) {
+      throw std::invalid_argument(text);
+    }
+    return gkVector<2>(x, y);
+  } catch (const std::exception&) {
+    throw InputError("--point " + text + ": expected two finite numbers as X,Y");
+  }
+}
+
+int insideCommand(const std::string& file, const std::vector<std::string>& pointTexts,
+                  bool asJson) {
+  std::vector<gkVector<2>> points;
+  for (const std::string& t : pointTexts) {
+    points.push_back(parsePoint(t));
+  }
+  const std::vector<Shape> shapes = readShapeFile(file);
+  std::vector<nlohmann::ordered_json> answers;
+  for (const Shape& shape : shapes) {
+    for (const gkVector<2>& p : points) {
+      answers.push_back(insideQuery(shape, p));
+    }
+  }
+  if (asJson) {
+    std::cout << nlohmann::ordered_json(answers).dump(2) << '\n';
+  } else {
+    writeReport(std::cout, answers);
+  }
+  return 0;
+}
+
+int repairCommand(const std::string& file, const std::string& mode, const std::string& output) {
+  const std::vector<Shape> shapes = readShapeFile(file);
+  std::vector<Shape> repaired;
+  for (const Shape& shape : shapes) {
+    repaired.push_back(repairShape(shape, mode == "outer-hull"));
+  }
+  writeFileAtomically(output, shapeFileText(repaired));
+  std::cout << "wrote " << output << '\n';
   return 0;
 }
 
@@ -103,6 +154,23 @@ int main(int argc, char** argv) {
   draw->add_flag("--regularized", options.regularized, "add the regularized boundaries");
   draw->add_flag("--all", all, "all of the above");
 
+  std::string insideFile;
+  std::vector<std::string> insidePoints;
+  bool insideJson = false;
+  CLI::App* inside = app.add_subcommand("inside", "containment and distance of query points");
+  inside->add_option("file", insideFile, "JSON shape file")->required();
+  inside->add_option("-p,--point", insidePoints, "a query point X,Y (repeatable)")->required();
+  inside->add_flag("--json", insideJson, "machine-readable output");
+
+  std::string repairFile;
+  std::string repairMode = "regularize";
+  std::string repairOutput;
+  CLI::App* repair = app.add_subcommand("repair", "replace self-intersecting boundaries");
+  repair->add_option("file", repairFile, "JSON shape file")->required();
+  repair->add_option("--mode", repairMode, "regularize or outer-hull")
+      ->check(CLI::IsMember({"regularize", "outer-hull"}));
+  repair->add_option("-o,--output", repairOutput, "the JSON file to write")->required();
+
   std::string shapesDir = GKGEOM_EXAMPLE_SHAPES_DIR;
   std::string outDir = "gkgeom-demo";
   CLI::App* demo = app.add_subcommand("demo", "measure and draw the bundled example shapes");
@@ -113,6 +181,12 @@ int main(int argc, char** argv) {
   try {
     if (measure->parsed()) {
       return measureCommand(measureFiles, asJson, jobs);
+    }
+    if (inside->parsed()) {
+      return insideCommand(insideFile, insidePoints, insideJson);
+    }
+    if (repair->parsed()) {
+      return repairCommand(repairFile, repairMode, repairOutput);
     }
     if (draw->parsed()) {
       if (all) {

@@ -128,4 +128,57 @@ std::vector<Shape> readShapeFile(const std::string& path) {
   return shapes;
 }
 
+namespace {
+
+json pointsJson(const Points& points) {
+  json list = json::array();
+  for (const gkVector<2>& p : points) {
+    list.push_back(json::array({p.x(), p.y()}));
+  }
+  return list;
+}
+
+json ringJson(const Shape::Ring& ring) {
+  json j = {{"outer", pointsJson(ring.outer)}};
+  if (!ring.holes.empty()) {
+    json holes = json::array();
+    for (const Points& h : ring.holes) {
+      holes.push_back(pointsJson(h));
+    }
+    j["holes"] = holes;
+  }
+  return j;
+}
+
+}  // namespace
+
+std::string shapeFileText(const std::vector<Shape>& shapes) {
+  json list = json::array();
+  for (const Shape& s : shapes) {
+    json j = {{"name", s.name}, {"label", s.label}};
+    switch (s.kind) {
+      case Shape::eContour:
+        j["type"] = "contour";
+        j["closed"] = s.closed;
+        j["points"] = pointsJson(s.points);
+        break;
+      case Shape::eRegion:
+        j["type"] = "region";
+        j.update(ringJson(s.regions.front()));
+        break;
+      case Shape::eRegionSet: {
+        j["type"] = "regionSet";
+        json regions = json::array();
+        for (const Shape::Ring& ring : s.regions) {
+          regions.push_back(ringJson(ring));
+        }
+        j["regions"] = regions;
+        break;
+      }
+    }
+    list.push_back(j);
+  }
+  return json{{"shapes", list}}.dump(1) + "\n";
+}
+
 }  // namespace gkgeom_tool

@@ -37,4 +37,8 @@ class InputError : public std::runtime_error {
 /// Reads the JSON shape file at path (schema in docs/gkgeom-tool.md). Throws InputError.
 std::vector<Shape> readShapeFile(const std::string& path);
 
+/// The JSON text of a shape file holding shapes (the schema readShapeFile reads; coordinates
+/// round-trip exactly).
+std::string shapeFileText(const std::vector<Shape>& shapes);
+
 }  // namespace gkgeom_tool

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include <gk/gk.h>
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
@@ -82,8 +83,17 @@ int repairCommand(const std::string& file, const std::string& mode, const std::s
   for (const Shape& shape : shapes) {
     repaired.push_back(repairShape(shape, mode == "outer-hull"));
   }
-  writeFileAtomically(output, shapeFileText(repaired));
+  writeFileAtomically(output, shapesText(repaired, formatOf(output, "")));
   std::cout << "wrote " << output << '\n';
+  return 0;
+}
+
+int convertCommand(const std::string& input, const std::string& output, const std::string& from,
+                   const std::string& to) {
+  const Format target = formatOf(output, to);
+  const std::vector<Shape> shapes = readShapes(input, formatOf(input, from));
+  writeFileAtomically(output, shapesText(shapes, target));
+  std::cout << "wrote " << output << " (" << shapes.size() << " shapes)\n";
   return 0;
 }
 
@@ -116,10 +126,25 @@ int demoCommand(const std::string& shapesDir, const std::string& outDir) {
     const std::vector<Shape> shapes = readShapeFile(file.string());
     std::cout << "== " << file.filename().string() << "\n\n";
     writeReport(std::cout, measureAll(shapes, 1, false));
+    // A query at the centre of each shape's box, and the repaired shapes beside the picture.
+    std::vector<nlohmann::ordered_json> answers;
+    for (const Shape& shape : shapes) {
+      const Points& ring = shape.kind == Shape::eContour ? shape.points : shape.regions[0].outer;
+      const gkRect box = gkContour(ring, true, 0).encloseRect(gkXform<2>());
+      answers.push_back(insideQuery(shape, (box.ul() + box.lr()) / 2.0));
+    }
+    std::cout << "-- inside, at the centre of the box\n\n";
+    writeReport(std::cout, answers);
+    std::vector<Shape> repaired;
+    for (const Shape& shape : shapes) {
+      repaired.push_back(repairShape(shape, false));
+    }
+    const fs::path repairedFile = fs::path(outDir) / (file.stem().string() + "-regularized.json");
+    writeFileAtomically(repairedFile.string(), shapesText(repaired, Format::eJson));
     const fs::path picture = fs::path(outDir) / (file.stem().string() + ".svg");
     writeFileAtomically(picture.string(), drawSvg(shapes, everything, file.filename().string()));
   }
-  std::cout << "pictures written to " << outDir << '\n';
+  std::cout << "pictures and regularized shapes written to " << outDir << '\n';
   return 0;
 }
 
@@ -145,7 +170,7 @@ int main(int argc, char** argv) {
   DrawOptions options;
   bool all = false;
   CLI::App* draw = app.add_subcommand("draw", "an SVG picture of the shapes in a file");
-  draw->add_option("file", drawFile, "JSON shape file")->required();
+  draw->add_option("file", drawFile, "shape file (.json, .wkt or .gka)")->required();
   draw->add_option("-o,--output", drawOutput, "the SVG file to write")->required();
   draw->add_flag("--hull", options.hull, "add the convex hulls");
   draw->add_flag("--ellipse", options.ellipse, "add the fitted ellipses");
@@ -171,6 +196,16 @@ int main(int argc, char** argv) {
       ->check(CLI::IsMember({"regularize", "outer-hull"}));
   repair->add_option("-o,--output", repairOutput, "the JSON file to write")->required();
 
+  std::string convertInput;
+  std::string convertOutput;
+  std::string convertFrom;
+  std::string convertTo;
+  CLI::App* convert = app.add_subcommand("convert", "between JSON, WKT and the archive (.gka)");
+  convert->add_option("input", convertInput, "the shape file to read")->required();
+  convert->add_option("output", convertOutput, "the shape file to write")->required();
+  convert->add_option("--from", convertFrom, "json, wkt or gka (default: by extension)");
+  convert->add_option("--to", convertTo, "json, wkt or gka (default: by extension)");
+
   std::string shapesDir = GKGEOM_EXAMPLE_SHAPES_DIR;
   std::string outDir = "gkgeom-demo";
   CLI::App* demo = app.add_subcommand("demo", "measure and draw the bundled example shapes");
@@ -187,6 +222,9 @@ int main(int argc, char** argv) {
     }
     if (repair->parsed()) {
       return repairCommand(repairFile, repairMode, repairOutput);
+    }
+    if (convert->parsed()) {
+      return convertCommand(convertInput, convertOutput, convertFrom, convertTo);
     }
     if (draw->parsed()) {
       if (all) {

@@ -64,7 +64,7 @@ Shape::Ring readRing(const std::string& path, const json& j, const std::string& 
 
 }  // namespace
 
-std::vector<Shape> readShapeFile(const std::string& path) {
+std::vector<Shape> readJsonFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) {
     throw InputError(path + ": cannot open the file for reading");
@@ -179,6 +179,58 @@ std::string shapeFileText(const std::vector<Shape>& shapes) {
     list.push_back(j);
   }
   return json{{"shapes", list}}.dump(1) + "\n";
+}
+
+Format formatOf(const std::string& path, const std::string& name) {
+  if (name == "json") {
+    return Format::eJson;
+  }
+  if (name == "wkt") {
+    return Format::eWkt;
+  }
+  if (name == "gka") {
+    return Format::eArchive;
+  }
+  if (!name.empty()) {
+    throw InputError("unknown format \"" + name + "\" (json, wkt or gka)");
+  }
+  const auto dot = path.rfind('.');
+  const std::string extension = dot == std::string::npos ? "" : path.substr(dot);
+  if (extension == ".wkt") {
+    return Format::eWkt;
+  }
+  if (extension == ".gka") {
+    return Format::eArchive;
+  }
+  return Format::eJson;
+}
+
+std::vector<Shape> readShapes(const std::string& path, Format format) {
+  switch (format) {
+    case Format::eWkt:
+      return readWktFile(path);
+    case Format::eArchive:
+      return readArchiveFile(path);
+    case Format::eJson:
+      break;
+  }
+  return readJsonFile(path);
+}
+
+std::vector<Shape> readShapeFile(const std::string& path) {
+  return readShapes(path, formatOf(path, ""));
+}
+
+std::string shapesText(const std::vector<Shape>& shapes, Format format) {
+  switch (format) {
+    case Format::eWkt:
+      return wktText(shapes);
+    case Format::eArchive:
+      return archiveBytes(shapes);
+    case Format::eJson:
+      break;
+  }
+  return shapeFileText(shapes);
 }
 
 }  // namespace gkgeom_tool

@@ -34,11 +34,27 @@ class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Reads the JSON shape file at path (schema in docs/gkgeom-tool.md). Throws InputError.
-std::vector<Shape> readShapeFile(const std::string& path);
+/// The three file forms: JSON (the tool's schema), WKT (one LINESTRING, POLYGON or
+/// MULTIPOLYGON a line) and the library's binary archive.
+enum class Format { eJson, eWkt, eArchive };
 
-/// The JSON text of a shape file holding shapes (the schema readShapeFile reads; coordinates
-/// round-trip exactly).
+/// The form named (json, wkt, gka), or when name is empty the one the path's extension names
+/// (.wkt, .gka; anything else is JSON). Throws InputError for an unknown name.
+Format formatOf(const std::string& path, const std::string& name);
+
+/// Reads the shape file at path in the form its extension names. Throws InputError.
+std::vector<Shape> readShapeFile(const std::string& path);
+/// Reads the shape file at path in the given form. Throws InputError.
+std::vector<Shape> readShapes(const std::string& path, Format format);
+/// The file contents of shapes in the given form (coordinates round-trip exactly in all three;
+/// WKT keeps neither names nor labels, and writes a closed contour as a POLYGON).
+std::string shapesText(const std::vector<Shape>& shapes, Format format);
+
+std::vector<Shape> readJsonFile(const std::string& path);
+std::vector<Shape> readWktFile(const std::string& path);
+std::vector<Shape> readArchiveFile(const std::string& path);
 std::string shapeFileText(const std::vector<Shape>& shapes);
+std::string wktText(const std::vector<Shape>& shapes);
+std::string archiveBytes(const std::vector<Shape>& shapes);
 
 }  // namespace gkgeom_tool

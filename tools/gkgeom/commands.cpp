@@ -108,7 +108,17 @@ ordered_json measure(const Shape& shape) {
   out["label"] = shape.label;
   switch (shape.kind) {
     case Shape::eContour: {
-      out["type"] = "contour";
+      out["type"] = shape.edgelets.empty() ? "contour" : "edgelet contour";
+      if (!shape.edgelets.empty()) {
+        // The edgelet contour itself: its vertices are the edgelet positions.
+        gkContourT<gkEdgelet> e(shape.edgelets);
+        e.isClosed(shape.closed);
+        e.label(shape.label);
+        measureContour(e, out);
+        put(out, "edgelet area", [&] { return gw_Area(shape.edgelets); });
+        put(out, "edgelet center of mass", [&] { return point(gw_CenterOfMass(shape.edgelets)); });
+        break;
+      }
       const gkContour c(shape.points, shape.closed, shape.label);
       if (shape.closed) {
         measureRegion(gkRegion(c, gkContourDefs::eIgnore), out);

@@ -44,6 +44,36 @@ Points readPoints(const std::string& path, const json& list, const std::string& 
   return points;
 }
 
+std::vector<gkEdgelet> readEdgelets(const std::string& path, const json& list,
+                                    const std::string& where) {
+  if (!list.is_array()) {
+    fail(path, where, "expected an array of [x, y, magnitude, angle] edgelets");
+  }
+  std::vector<gkEdgelet> edgelets;
+  for (std::size_t k = 0; k < list.size(); ++k) {
+    const json& e = list[k];
+    const std::string at = where + "/" + std::to_string(k);
+    if (!e.is_array() || e.size() != 4 || !e[0].is_number() || !e[1].is_number() ||
+        !e[2].is_number_unsigned() || !e[3].is_number_unsigned() ||
+        e[2].get<unsigned long>() > 65535 || e[3].get<unsigned long>() > 255) {
+      fail(path, at,
+           "expected an edgelet [x, y, magnitude 0..65535, angle 0..255 (256ths of a turn)]");
+    }
+    const double x = e[0].get<double>();
+    const double y = e[1].get<double>();
+    if (!std::isfinite(x) || !std::isfinite(y)) {
+      fail(path, at, "coordinates must be finite numbers");
+    }
+    edgelets.emplace_back(gkVector<2>(x, y), static_cast<unsigned short>(e[2].get<unsigned long>()),
+                          gkAngle8(static_cast<unsigned char>(e[3].get<unsigned long>())));
+  }
+  if (edgelets.size() < 2) {
+    fail(path, where,
+         "a contour needs at least 2 vertices, this one has " + std::to_string(edgelets.size()));
+  }
+  return edgelets;
+}
+
 Shape::Ring readRing(const std::string& path, const json& j, const std::string& where) {
   if (!j.is_object() || !j.contains("outer")) {
     fail(path, where, "expected an object with \"outer\" (and optional \"holes\")");
@@ -104,10 +134,16 @@ std::vector<Shape> readJsonFile(const std::string& path) {
     if (type == "contour") {
       s.kind = Shape::eContour;
       s.closed = j.value("closed", true);
-      if (!j.contains("points")) {
-        fail(path, where, "a contour needs \"points\"");
+      if (j.contains("edgelets")) {
+        s.edgelets = readEdgelets(path, j.at("edgelets"), where + "/edgelets");
+        for (const gkEdgelet& e : s.edgelets) {
+          s.points.push_back(e.position());
+        }
+      } else if (j.contains("points")) {
+        s.points = readPoints(path, j.at("points"), where + "/points", 2);
+      } else {
+        fail(path, where, "a contour needs \"points\" or \"edgelets\"");
       }
-      s.points = readPoints(path, j.at("points"), where + "/points", 2);
     } else if (type == "region") {
       s.kind = Shape::eRegion;
       s.regions.push_back(readRing(path, j, where));
@@ -160,7 +196,16 @@ std::string shapeFileText(const std::vector<Shape>& shapes) {
       case Shape::eContour:
         j["type"] = "contour";
         j["closed"] = s.closed;
-        j["points"] = pointsJson(s.points);
+        if (s.edgelets.empty()) {
+          j["points"] = pointsJson(s.points);
+        } else {
+          json edgelets = json::array();
+          for (const gkEdgelet& e : s.edgelets) {
+            edgelets.push_back(json::array({e.position().x(), e.position().y(), e.magnitude(),
+                                        static_cast<unsigned>(e.angle().value())}));
+          }
+          j["edgelets"] = edgelets;
+        }
         break;
       case Shape::eRegion:
         j["type"] = "region";

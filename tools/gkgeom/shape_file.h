@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include <gk/base/edgelet.h>
 #include <gk/base/vector.h>
 
 /// The command-line tool's own model of an input file: named shapes read from JSON, each
@@ -23,8 +24,10 @@ struct Shape {
   Kind kind = eContour;
   std::string name;
   unsigned long label = 0;
-  bool closed = true;         // contours only
-  Points points;              // contours only
+  bool closed = true;  // contours only
+  Points points;       // contours only
+  // An edgelet contour carries one edgelet a vertex; points are then their positions.
+  std::vector<gkEdgelet> edgelets;
   std::vector<Ring> regions;  // one for a region, several for a region set
 };
 

@@ -209,18 +209,29 @@ Shape::Ring ringOfRegion(const gkRegion& r) {
 
 }  // namespace
 
+/// The kind byte of an edgelet contour in an archive shape file (after the three shape kinds).
+constexpr unsigned char kEdgeletContour = 3;
+
 std::string archiveBytes(const std::vector<Shape>& shapes) {
   std::ostringstream out;
   {
     gkArchive ar(out);
     // The file: a shape count, then each shape as a kind byte (0 contour, 1 region, 2 region
-    // set) and the library's own stored form of it.
+    // set, 3 edgelet contour) and the library's own stored form of it.
     unsigned long count = shapes.size();
     ar || count;
     for (const Shape& s : shapes) {
       unsigned char kind = static_cast<unsigned char>(s.kind);
+      if (!s.edgelets.empty()) {
+        kind = kEdgeletContour;
+      }
       ar || kind;
-      if (s.kind == Shape::eContour) {
+      if (kind == kEdgeletContour) {
+        gkPtrHandle<gkContourT<gkEdgelet>> e(new gkContourT<gkEdgelet>(s.edgelets));
+        e->isClosed(s.closed);
+        e->label(s.label);
+        ar || e;
+      } else if (s.kind == Shape::eContour) {
         gkPtrHandle<gkContour> c(new gkContour(s.points, s.closed, s.label));
         ar || c;
       } else if (s.kind == Shape::eRegion) {
@@ -267,6 +278,17 @@ std::vector<Shape> readArchiveFile(const std::string& path) {
         s.closed = c->isClosed();
         s.label = c->label();
         s.points = c->points();
+      } else if (kind == kEdgeletContour) {
+        gkPtrHandle<gkContourT<gkEdgelet>> e;
+        ar || e;
+        if (!e) {
+          throw InputError(path + ": byte " + std::to_string(at) + ": empty shape");
+        }
+        s.kind = Shape::eContour;
+        s.closed = e->isClosed();
+        s.label = e->label();
+        s.edgelets = e->data();
+        s.points = e->points();
       } else if (kind == Shape::eRegion) {
         gkPtrHandle<gkRegion> r;
         ar || r;

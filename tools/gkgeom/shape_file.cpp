@@ -17,6 +17,34 @@ using nlohmann::json;
   throw InputError(path + ": " + (where.empty() ? "/" : where) + ": " + what);
 }
 
+/// Accepts every event and remembers where the parser gave up.
+struct FailureFinder : nlohmann::json_sax<json> {
+  std::size_t position = 0;
+  bool null() override { return true; }
+  bool boolean(bool) override { return true; }
+  bool number_integer(number_integer_t) override { return true; }
+  bool number_unsigned(number_unsigned_t) override { return true; }
+  bool number_float(number_float_t, const string_t&) override { return true; }
+  bool string(string_t&) override { return true; }
+  bool binary(binary_t&) override { return true; }
+  bool start_object(std::size_t) override { return true; }
+  bool key(string_t&) override { return true; }
+  bool end_object() override { return true; }
+  bool start_array(std::size_t) override { return true; }
+  bool end_array() override { return true; }
+  bool parse_error(std::size_t at, const std::string&,
+                   const nlohmann::detail::exception&) override {
+    position = at;
+    return false;
+  }
+};
+
+std::size_t failurePosition(const std::string& text) {
+  FailureFinder finder;
+  json::sax_parse(text, &finder);
+  return finder.position;
+}
+
 Points readPoints(const std::string& path, const json& list, const std::string& where,
                   std::size_t minimum) {
   if (!list.is_array()) {
@@ -108,8 +136,10 @@ std::vector<Shape> readJsonFile(const std::string& path) {
     throw InputError(path + ": byte " + std::to_string(e.byte) + ": malformed JSON (" + e.what() +
                      ")");
   } catch (const json::exception& e) {
-    // A number too large for a double (1e999): coordinates must be finite.
-    throw InputError(path + ": a number is not finite or out of range (" + e.what() + ")");
+    // A number too large for a double (1e999): coordinates must be finite. The exception has
+    // no position; a second, event-driven pass over the text finds where the parser stopped.
+    throw InputError(path + ": byte " + std::to_string(failurePosition(text.str())) +
+                     ": a number is not finite or out of range (" + e.what() + ")");
   }
   if (!doc.is_object() || !doc.contains("shapes") || !doc.at("shapes").is_array()) {
     fail(path, "", "expected an object with a \"shapes\" array");
@@ -202,7 +232,7 @@ std::string shapeFileText(const std::vector<Shape>& shapes) {
           json edgelets = json::array();
           for (const gkEdgelet& e : s.edgelets) {
             edgelets.push_back(json::array({e.position().x(), e.position().y(), e.magnitude(),
-                                        static_cast<unsigned>(e.angle().value())}));
+                                            static_cast<unsigned>(e.angle().value())}));
           }
           j["edgelets"] = edgelets;
         }

@@ -203,6 +203,10 @@ Shape repairShape(const Shape& shape, bool hullOnly) {
       gkRegion repaired;
       hullOnly ? r.outerHull(repaired) : r.regularize(repaired);
       out.points = repaired.points();
+      if (out.points != shape.points) {
+        // A repaired boundary has new vertices, which carry no edgelets.
+        out.edgelets.clear();
+      }
     }
     return out;
   }

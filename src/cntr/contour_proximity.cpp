@@ -34,25 +34,39 @@ class SeparationTest {
     // NaN makes the comparison false, so a NaN bound leaves the test off.
     on_ = m <= 1e100;
     reach_ = 2.0 * gkTolProximity + 64.0 * std::numeric_limits<double>::epsilon() * m;
+    // The query's side of the test is the same for every segment: worked out once.
+    queryDirection_ = query_.p2() - query_.p1();
+    queryLimit_ = limitAlong(queryDirection_);
   }
 
   bool operator()(const gkLineSeg& s) const {
-    return on_ && (oneSideBeyond(query_, s) || oneSideBeyond(s, query_));
+    if (!on_) {
+      return false;
+    }
+    if (beyond(query_.p1(), queryDirection_, queryLimit_, s)) {
+      return true;
+    }
+    const gkVector<2> d = s.p2() - s.p1();
+    return beyond(s.p1(), d, limitAlong(d), query_);
   }
 
  private:
-  /// Both ends of b farther than the reach from the line of a, on the same side.
-  bool oneSideBeyond(const gkLineSeg& a, const gkLineSeg& b) const {
-    const gkVector<2> d = a.p2() - a.p1();
-    const double limit = reach_ * d.len() * 1.001;
-    const double c1 = d.cross(b.p1() - a.p1());
-    const double c2 = d.cross(b.p2() - a.p1());
+  double limitAlong(const gkVector<2>& d) const { return reach_ * d.len() * 1.001; }
+
+  /// Both ends of b farther than the reach from the line through origin along d, on the same
+  /// side (limit is limitAlong(d)).
+  static bool beyond(const gkVector<2>& origin, const gkVector<2>& d, double limit,
+                     const gkLineSeg& b) {
+    const double c1 = d.cross(b.p1() - origin);
+    const double c2 = d.cross(b.p2() - origin);
     return (c1 > limit && c2 > limit) || (c1 < -limit && c2 < -limit);
   }
 
   gkLineSeg query_;
   bool on_ = false;
   double reach_ = 0;
+  gkVector<2> queryDirection_;
+  double queryLimit_ = 0;
 };
 
 /// Orders the crossings found along a query segment as an exchange sort does: position i takes,

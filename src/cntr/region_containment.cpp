@@ -1,63 +1,17 @@
 #include <algorithm>
-#include <cmath>
-#include <limits>
 
-#include <gk/base/tolerances.h>
 #include <gk/cntr/region.h>
 
-#include "base/detail/total_order.h"
-
-namespace {
-
-/// pi as the containment ray's gap threshold uses it.
-constexpr double kPi = 3.141592653589793;
-
-}  // namespace
+#include "base/detail/ray_direction.h"
 
 long gkRegion::insideCount(const gkVector<2>& pt, bool bothDirections) const {
   if (!encloseRect(gkXform<2>()).within(pt)) {
     return 0;
   }
-  const std::size_t n = points().size();
-  const double threshold = kPi / static_cast<double>(n);
-  std::vector<double> angles;
-  angles.reserve(n);
-  for (const gkVector<2>& vertex : points()) {
-    const gkVector<2> v = vertex - pt;
-    // A point on a vertex counts as inside, deliberately: no ray can be aimed through it.
-    if (v.len() <= gkTolProximity) {
-      return 1;
-    }
-    angles.push_back(v.angle().norm().toDouble());
-  }
-  // Aim the ray through the first gap between vertex directions, in ascending order, wider than
-  // pi/n (the bisector of that gap), so that it rarely passes through a vertex, where crossings
-  // double up. The average gap is 2pi/n, so such a gap nearly always comes among the first few
-  // directions: only a prefix of the order is sorted, grown until it holds one. A prefix of the
-  // order holds the same values as the fully sorted list does there, so the gap is the same.
-  const auto nanLast = [](double a, double b) { return gk::detail::lessNaNLast(a, b); };
-  gkVector<2> direction(1.0, 0.0);
-  std::size_t checked = 0;  // gaps (i, i + 1) for i < checked are known to be narrow
-  for (std::size_t prefix = std::min<std::size_t>(n, 16);; prefix = std::min(n, prefix * 8)) {
-    std::partial_sort(angles.begin(), angles.begin() + static_cast<std::ptrdiff_t>(prefix),
-                      angles.end(), nanLast);
-    // The gap after the last sorted direction is known only once everything is sorted; the
-    // gap after the very last direction wraps round to the first.
-    const std::size_t last = prefix == n ? n : prefix - 1;
-    bool found = false;
-    for (std::size_t i = checked; i < last; ++i) {
-      const std::size_t j = i + 1 == n ? 0 : i + 1;
-      const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
-      if (gap > threshold) {
-        direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
-        found = true;
-        break;
-      }
-    }
-    checked = last;
-    if (found || prefix == n) {
-      break;
-    }
+  // A point on a vertex counts as inside, deliberately: no ray can be aimed through it.
+  gkVector<2> direction;
+  if (!gk::detail::containmentRayDirection(points(), pt, direction)) {
+    return 1;
   }
   // Twice the greatest distance from vertex 0: a length meant to cross the whole boundary.
   const double length = diameter(gkContourDefs::eFirstVertexCentered);

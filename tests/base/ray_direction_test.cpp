@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include <gk/base/angle.h>
+#include <gk/base/tolerances.h>
+#include <gk/base/vector.h>
+
+#include "base/detail/ray_direction.h"
+#include "base/detail/total_order.h"
+#include "plain_reference.h"
+
+using gk::detail::containmentRayDirection;
+using Points = std::vector<gkVector<2>>;
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kTwoPi = 6.283185307179586;
+
+/// The ray direction as the containment test is written: every direction's angle, all of them
+/// sorted (NaN last), the first gap wider than pi/n, the last gap wrapping round to the first.
+bool plainDirection(const Points& vertices, const gkVector<2>& pt, gkVector<2>& direction) {
+  const std::size_t n = vertices.size();
+  std::vector<double> angles;
+  for (const gkVector<2>& vertex : vertices) {
+    const gkVector<2> v = vertex - pt;
+    if (v.len() <= gkTolProximity) {
+      return false;
+    }
+    angles.push_back(v.angle().norm().toDouble());
+  }
+  std::sort(angles.begin(), angles.end(), gk::detail::lessNaNLast);
+  const double threshold = 3.141592653589793 / static_cast<double>(n);
+  direction = gkVector<2>(1.0, 0.0);
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::size_t j = i + 1 == n ? 0 : i + 1;
+    const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
+    if (gap > threshold) {
+      direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
+      break;
+    }
+  }
+  return true;
+}
+
+bool sameBits(double a, double b) {
+  return a == b ? std::signbit(a) == std::signbit(b) : std::isnan(a) && std::isnan(b);
+}
+
+/// Asserts that the fast selection gives the plain direction bit for bit.
+void expectPlainDirection(const Points& vertices, const gkVector<2>& pt) {
+  gkVector<2> fast(7.0, 7.0);
+  gkVector<2> plain(7.0, 7.0);
+  const bool fastRay = containmentRayDirection(vertices, pt, fast);
+  const bool plainRay = plainDirection(vertices, pt, plain);
+  ASSERT_EQ(fastRay, plainRay) << "n " << vertices.size() << " at (" << pt.x() << ", " << pt.y()
+                               << ")";
+  if (plainRay) {
+    ASSERT_TRUE(sameBits(fast.x(), plain.x()) && sameBits(fast.y(), plain.y()))
+        << "n " << vertices.size() << " at (" << pt.x() << ", " << pt.y() << "): fast (" << fast.x()
+        << ", " << fast.y() << ") plain (" << plain.x() << ", " << plain.y() << ")";
+  }
+}
+
+Points star(std::size_t n, std::mt19937_64& rng) {
+  std::uniform_real_distribution<double> u(0, 1);
+  Points v;
+  for (std::size_t k = 0; k < n; ++k) {
+    const double a = kTwoPi * static_cast<double>(k) / static_cast<double>(n);
+    const double r = 100 * (1 + 0.3 * u(rng));
+    v.emplace_back(r * std::cos(a), r * std::sin(a));
+  }
+  return v;
+}
+
+}  // namespace
+
+TEST(ContainmentRayDirection, MatchesTheFullSortInsideAndAroundDenseStars) {
+  std::mt19937_64 rng(5);
+  std::uniform_real_distribution<double> u(-140, 140);
+  for (const std::size_t n : {17u, 100u, 1000u, 20000u}) {
+    const Points v = star(n, rng);
+    for (int q = 0; q < 200; ++q) {
+      expectPlainDirection(v, gkVector<2>(u(rng), u(rng)));
+    }
+  }
+}
+
+TEST(ContainmentRayDirection, MatchesTheFullSortWhereEveryDirectionLiesInANarrowCone) {
+  // From far outside, all directions fall within a few degrees, in every quadrant in turn: the
+  // wide gap is then the one that wraps round, or lies in the quadrant the cone is in.
+  std::mt19937_64 rng(6);
+  const Points v = star(4000, rng);
+  for (int k = 0; k < 64; ++k) {
+    const double a = kTwoPi * k / 64.0;
+    expectPlainDirection(v, gkVector<2>(5000 * std::cos(a), 5000 * std::sin(a)));
+    expectPlainDirection(v, gkVector<2>(150 * std::cos(a), 150 * std::sin(a)));
+  }
+}
+
+TEST(ContainmentRayDirection, MatchesTheFullSortWhenManyDirectionsTieOnTheAxis) {
+  // Integer grid outlines queried at integer heights: many vertices lie straight to the right
+  // (angle 0), straight up, left or down, so the smallest keys are all equal.
+  Points v;
+  for (int x = 0; x <= 40; ++x) {
+    v.emplace_back(x, 0);
+  }
+  for (int y = 1; y <= 40; ++y) {
+    v.emplace_back(40, y);
+  }
+  for (int x = 39; x >= 0; --x) {
+    v.emplace_back(x, 40);
+  }
+  for (int y = 39; y >= 1; --y) {
+    v.emplace_back(0, y);
+  }
+  for (int y = -1; y <= 41; ++y) {
+    for (const double x : {-1.0, 0.5, 20.0, 39.5, 41.0}) {
+      expectPlainDirection(v, gkVector<2>(x, y));
+      expectPlainDirection(v, gkVector<2>(x, y + 0.5));
+    }
+  }
+}
+
+TEST(ContainmentRayDirection, MatchesTheFullSortForDirectionsAHairBelowTheAxis) {
+  // A direction just below +x normalises to one full turn, which rounds to 2 pi and so to 0:
+  // it belongs at the front of the order, not the back.
+  Points v;
+  for (int k = 0; k < 40; ++k) {
+    v.emplace_back(10 + k, -1e-300 * (k + 1));
+    v.emplace_back(10 + k, -1e-17 * (k + 1));
+    v.emplace_back(-10 - k, 5 + k);
+    v.emplace_back(-10 - k, -5 - k);
+  }
+  expectPlainDirection(v, gkVector<2>(0, 0));
+  expectPlainDirection(v, gkVector<2>(0, -0.0));
+  expectPlainDirection(v, gkVector<2>(-0.0, 1e-300));
+}
+
+TEST(ContainmentRayDirection, MatchesTheFullSortOnDegenerateAndNonFiniteOutlines) {
+  gk::test::DegenerateShapes gen(77);
+  for (int shape = 0; shape < 3000; ++shape) {
+    const Points v = gen.points(3 + gen.pick(120), shape % 5 == 0);
+    for (int q = 0; q < 6; ++q) {
+      gkVector<2> p = gen.points(1, q == 5)[0];
+      if (q == 0) {
+        p = v[gen.pick(v.size())];
+      } else if (q == 1) {
+        p = v[gen.pick(v.size())] + gkVector<2>(gkTolProximity, 0);  // exactly at the tolerance
+      }
+      expectPlainDirection(v, p);
+    }
+  }
+}
+
+TEST(ContainmentRayDirection, MatchesTheFullSortFarFromTheOrigin) {
+  std::mt19937_64 rng(9);
+  for (const double offset : {1e8, 1e15, 1e150}) {
+    Points v = star(500, rng);
+    for (gkVector<2>& p : v) {
+      p = p * (offset / 1e3) + gkVector<2>(offset, -offset);
+    }
+    std::uniform_real_distribution<double> u(-1.2, 1.2);
+    for (int q = 0; q < 50; ++q) {
+      expectPlainDirection(
+          v, gkVector<2>(offset + offset / 10 * u(rng), -offset + offset / 10 * u(rng)));
+    }
+  }
+}
+
+TEST(ContainmentRayDirection, PointWithinTheToleranceOfAVertexHasNoRay) {
+  const Points v = {{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+  gkVector<2> direction(7, 7);
+  EXPECT_FALSE(containmentRayDirection(v, gkVector<2>(4, 4 - 0.9 * gkTolProximity), direction));
+  EXPECT_EQ(direction, gkVector<2>(7, 7));
+  EXPECT_TRUE(containmentRayDirection(v, gkVector<2>(4, 4 - 1.1 * gkTolProximity), direction));
+}
+
+TEST(ContainmentRayDirection, RayBisectsTheFirstWideGapInAscendingOrder) {
+  // Straight left and right of the point: directions 0 and pi, threshold pi / 2. The first gap,
+  // from 0 to pi, is wide enough, and its bisector points straight up.
+  const Points v = {{-1, 0}, {1, 0}};
+  gkVector<2> direction;
+  ASSERT_TRUE(containmentRayDirection(v, gkVector<2>(0, 0), direction));
+  EXPECT_NEAR(direction.x(), 0.0, 1e-15);
+  EXPECT_DOUBLE_EQ(direction.y(), 1.0);
+}
+
+TEST(ContainmentRayDirection, WithoutAWideEnoughGapTheRayRunsAlongPlusX) {
+  // NaN directions sort last and every gap next to one is NaN, never wide.
+  const Points v = {{kNaN, 0}, {kNaN, 1}, {kInf, kInf}};
+  gkVector<2> direction;
+  ASSERT_TRUE(containmentRayDirection(v, gkVector<2>(0, 0), direction));
+  EXPECT_EQ(direction, gkVector<2>(1.0, 0.0));
+}

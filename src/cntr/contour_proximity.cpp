@@ -69,6 +69,46 @@ class SeparationTest {
   double queryLimit_ = 0;
 };
 
+/// A cheap, exact rejection for the nearest-point walk. A segment is no nearer than its box, so
+/// when the box lies farther from the point than the best distance so far, the segment's own
+/// distance cannot be strictly smaller and the walk may pass it over. The distance it would
+/// compute is to a foot point rounded by a few units in the last place of the largest
+/// coordinate, which could bring it that much below the box's distance: the margin covers 16
+/// such units, and the squares are compared with room for their own rounding. Off (never
+/// rejecting) when a coordinate is not finite or beyond 1e100, and while no distance is known.
+class NearBoxTest {
+ public:
+  NearBoxTest(const gkRect& contourBox, const gkVector<2>& pt) : pt_(pt) {
+    double m = 0;
+    for (const double c : {contourBox.ul().x(), contourBox.ul().y(), contourBox.lr().x(),
+                           contourBox.lr().y(), pt.x(), pt.y()}) {
+      m = std::max(m, std::abs(c));
+    }
+    // NaN makes the comparison false, so a NaN bound leaves the test off.
+    on_ = m <= 1e100;
+    margin_ = 16.0 * std::numeric_limits<double>::epsilon() * m;
+  }
+
+  /// False when the segment p1 -> p2 is certainly not nearer than best.
+  bool operator()(const gkVector<2>& p1, const gkVector<2>& p2, double best) const {
+    if (!on_) {
+      return true;
+    }
+    const double dx =
+        std::max({std::min(p1.x(), p2.x()) - pt_.x(), pt_.x() - std::max(p1.x(), p2.x()), 0.0});
+    const double dy =
+        std::max({std::min(p1.y(), p2.y()) - pt_.y(), pt_.y() - std::max(p1.y(), p2.y()), 0.0});
+    const double reach = best + margin_;
+    // An infinite best (nothing found yet) never rejects; NaN box corners never reject.
+    return !(dx * dx + dy * dy > reach * reach * (1.0 + 1e-12));
+  }
+
+ private:
+  gkVector<2> pt_;
+  bool on_ = false;
+  double margin_ = 0;
+};
+
 /// Orders the crossings found along a query segment as an exchange sort does: position i takes,
 /// in turn, every later record with a strictly smaller key. That exact order (it is not a
 /// stable sort, and a NaN key never moves) is the one callers see. With distinct keys and no
@@ -142,10 +182,14 @@ gkVector<2> gkContour::closestPoint(const gkVector<2>& pt, bool verticesOnly) co
   checkEmptyContour();
   gkVector<2> candidate;
   double best = std::numeric_limits<double>::infinity();
+  const NearBoxTest near(encloseRect(gkXform<2>()), pt);
   // Degenerate segments take part; strictly smaller keeps the earlier segment of the walk on a
   // tie, so on a closed contour the closing segment wins.
   gk::detail::forEachSegment(points_, isClosed(),
                              [&](std::size_t, const gkVector<2>& p1, const gkVector<2>& p2) {
+                               if (!near(p1, p2, best)) {
+                                 return;
+                               }
                                const double d = gkLineSeg(p1, p2).distToPoint(pt);
                                if (d < best) {
                                  best = d;

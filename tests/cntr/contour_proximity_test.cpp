@@ -337,6 +337,36 @@ TEST(ContourProximity, NearestPointAndDistanceMatchAPlainLoopOnRandomContours) {
   }
 }
 
+TEST(ContourProximity, NearestPointSkipsFarBoxesYetMatchesThePlainLoopOnLargeContours) {
+  // Many segments, so that most boxes lie beyond the best distance found and are passed over:
+  // the answer must still be the plain loop's, bit for bit, ties and degenerate segments included.
+  gk::test::DegenerateShapes gen(4242);
+  for (int round = 0; round < 400; ++round) {
+    const bool closed = round % 2 == 0;
+    Points pts = gen.points(2 + gen.pick(300), round % 7 == 0);
+    if (round % 11 == 0) {
+      for (gkVector<2>& p : pts) {
+        p = p * 1e12 + gkVector<2>(3e14, -2e14);  // far out, where doubles are sparse
+      }
+    }
+    const gkContour c(pts, closed, 0);
+    for (int q = 0; q < 12; ++q) {
+      gkVector<2> pt = gen.points(1, q == 11)[0];
+      if (q < 3) {
+        pt = pts[gen.pick(pts.size())];  // on a vertex: ties between its two segments
+      } else if (round % 11 == 0) {
+        pt = pt * 1e12 + gkVector<2>(3e14, -2e14);
+      }
+      const gkVector<2> expected = plainClosestPoint(pts, closed, pt);
+      const gkVector<2> found = c.closestPoint(pt, false);
+      ASSERT_TRUE(
+          (found.x() == expected.x() || (std::isnan(found.x()) && std::isnan(expected.x()))) &&
+          (found.y() == expected.y() || (std::isnan(found.y()) && std::isnan(expected.y()))))
+          << "round " << round << " query " << q;
+    }
+  }
+}
+
 // --- vertices within a tolerance --------------------------------------------------------------
 
 TEST(ContourVertexIndex, VertexExactlyAtTheToleranceIsNotReturned) {

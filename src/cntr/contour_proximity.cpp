@@ -39,6 +39,15 @@ class SeparationTest {
     queryLimit_ = limitAlong(queryDirection_);
   }
 
+  bool on() const { return on_; }
+
+  /// Which side of the query's line v lies on beyond the reach (1 left, -1 right), or 0 within
+  /// it. A segment whose two ends share a non-zero side fails the first check below.
+  int side(const gkVector<2>& v) const {
+    const double c = queryDirection_.cross(v - query_.p1());
+    return c > queryLimit_ ? 1 : (c < -queryLimit_ ? -1 : 0);
+  }
+
   bool operator()(const gkLineSeg& s) const {
     if (!on_) {
       return false;
@@ -108,6 +117,12 @@ class NearBoxTest {
   bool on_ = false;
   double margin_ = 0;
 };
+
+/// True when query spans at least half of box's width or height: a query the segment index
+/// cannot narrow much.
+bool coversMuchOf(const gkRect& query, const gkRect& box) {
+  return query.width() >= box.width() / 2.0 || query.height() >= box.height() / 2.0;
+}
 
 /// Orders the crossings found along a query segment as an exchange sort does: position i takes,
 /// in turn, every later record with a strictly smaller key. That exact order (it is not a
@@ -285,10 +300,29 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
   if (!segIndex_) {
     segIndex_ = std::make_shared<const gk::detail::BoxIndex>(segRects_, validLine_);
   }
-  // The index hands over, in increasing number, every segment whose box may meet queryBox; the
-  // ones it leaves out would fail the box test below, so the result is that of a full scan.
   std::vector<std::size_t> candidates;
-  segIndex_->candidates(queryBox, candidates);
+  if (apart.on() && coversMuchOf(queryBox, contourBox)) {
+    // A query as wide as the contour (a containment ray) meets most boxes, and the index saves
+    // nothing. The side of the query's line is worked out once per vertex instead, and a
+    // segment with both ends beyond the reach on one side, which the separation test below
+    // would reject, is not a candidate.
+    const std::size_t n = points_.size();
+    const bool closed = isClosed();
+    // Segment k runs from vertex k - 1 (closed; n - 1 for k = 0) or k (open) to the next one.
+    int previous = apart.side(points_[closed ? n - 1 : 0]);
+    for (std::size_t i = closed ? 0 : 1, k = 0; i < n; ++i, ++k) {
+      const int current = apart.side(points_[i]);
+      if (previous == 0 || previous != current) {
+        candidates.push_back(k);
+      }
+      previous = current;
+    }
+  } else {
+    // The index hands over, in increasing number, every segment whose box may meet queryBox;
+    // the ones it leaves out would fail the box test below, so the result is that of a full
+    // scan.
+    segIndex_->candidates(queryBox, candidates);
+  }
 
   std::vector<gkVector<2>> points;
   std::vector<double> keys;

@@ -27,26 +27,48 @@ constexpr double kOnVertexSquared = 1e-11;
 constexpr double kKeyMargin = 1e-9;
 
 /// A cheap stand-in for the angle of v normalised to [0, 2 pi): the quadrant plus a fraction
-/// that grows with the angle inside it (the "diamond angle"), in [0, 4). Mathematically it
-/// orders directions exactly as the angle does. A direction a hair below the +x axis gets 0,
-/// because its normalised angle may round to one full turn, which norm() makes 0. NaN when a
-/// coordinate is NaN or both are infinite: then the caller sorts every angle.
-double diamondKey(const gkVector<2>& v) {
-  const double x = v.x();
-  const double y = v.y();
+/// that grows with the angle inside it (the "diamond angle"), in [0, 4]. Mathematically it
+/// orders directions exactly as the angle does. quadrantOf gives the quadrant (its integer
+/// part, but for the end value) without a division, or kNoQuadrant when a coordinate is NaN or
+/// both are infinite: then the caller sorts every angle. A direction a hair below the +x axis
+/// counts as quadrant 0 with key 0, because its normalised angle may round to one full turn,
+/// which norm() makes 0.
+constexpr int kNoQuadrant = 4;
+
+int quadrantOf(double x, double y) {
   if (x > 0 && y >= 0) {
-    return y / (x + y);
+    return 0;
   }
   if (x <= 0 && y > 0) {
-    return 1.0 + -x / (y - x);
+    return 1;
   }
   if (x < 0 && y <= 0) {
-    return 2.0 + -y / (-x - y);
+    return 2;
   }
   if (x >= 0 && y < 0) {
-    return -y <= x * 1e-15 ? 0.0 : 3.0 + x / (x - y);
+    return -y <= x * 1e-15 ? 0 : 3;
   }
-  return std::numeric_limits<double>::quiet_NaN();
+  return kNoQuadrant;
+}
+
+/// The diamond key of (x, y) in quadrant q = quadrantOf(x, y) < kNoQuadrant.
+double keyIn(int q, double x, double y) {
+  switch (q) {
+    case 0:
+      return y < 0 ? 0.0 : y / (x + y);
+    case 1:
+      return 1.0 + -x / (y - x);
+    case 2:
+      return 2.0 + -y / (-x - y);
+    default:
+      return 3.0 + x / (x - y);
+  }
+}
+
+/// The quadrant a key lies in, for comparing with quadrantOf: every key of a direction in a
+/// later quadrant is at least that quadrant's number, so it is above key.
+int quadrantOfKey(double key) {
+  return static_cast<int>(std::min(3.0, std::floor(key)));
 }
 
 /// The angle (within about 1e-15) of the direction whose diamond key is key.
@@ -89,60 +111,65 @@ gkVector<2> directionFromAllAngles(const std::vector<gkVector<2>>& vertices, con
   }
 }
 
-/// The m-th smallest of keys (1 <= m <= keys.size(), no NaN). The first round asks for the
-/// 16th, found in one pass through a small sorted window; later rounds are rare.
-double mthSmallest(const std::vector<double>& keys, std::size_t m) {
-  constexpr std::size_t kWindow = 16;
-  if (m > kWindow) {
-    std::vector<double> copy(keys);
-    std::nth_element(copy.begin(), copy.begin() + static_cast<std::ptrdiff_t>(m - 1), copy.end());
-    return copy[m - 1];
-  }
-  std::array<double, kWindow> window{};
-  std::size_t filled = 0;
-  for (const double k : keys) {
-    if (filled == m && !(k < window[m - 1])) {
-      continue;
+/// How many of the smallest directions the first round takes.
+constexpr std::size_t kFirstRound = 16;
+
+/// A vertex and the diamond key of its direction from the query point.
+struct KeyedVertex {
+  double key;
+  std::size_t index;
+};
+
+/// The containment ray's direction found from the smallest directions only. The ray runs
+/// through the first gap wider than threshold in the ascending order of the normalised vertex
+/// directions; that gap nearly always comes among the first few. The directions whose key is at
+/// most k (plus a margin) are the candidates; their true angles, sorted, are the start of the
+/// full order for every value below a bound that no direction left out can reach. Only gaps
+/// between two such values are trusted. Returns false when that is not enough (the caller
+/// tries more directions, or sorts everything), so the answer is always the full sort's.
+bool directionFromKeys(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
+                       const std::vector<KeyedVertex>& entries, double k, double threshold,
+                       gkVector<2>& direction) {
+  const double reach = k + kKeyMargin;
+  // Every direction whose key is above reach has an angle above this: the in-quadrant angle
+  // grows at least as fast as the key, and the roundings of key and angle are under 1e-14.
+  const double bound = angleOfKey(k) + kKeyMargin / 2.0;
+  std::vector<double> angles;
+  for (const KeyedVertex& e : entries) {
+    if (e.key <= reach) {
+      angles.push_back((vertices[e.index] - pt).angle().norm().toDouble());
     }
-    std::size_t at = filled < m ? filled++ : m - 1;
-    for (; at > 0 && k < window[at - 1]; --at) {
-      window[at] = window[at - 1];
-    }
-    window[at] = k;
   }
-  return window[m - 1];
+  std::sort(angles.begin(), angles.end());
+  for (std::size_t i = 0; i + 1 < angles.size() && angles[i + 1] < bound; ++i) {
+    const double gap = gkRadian(angles[i + 1] - angles[i]).norm().toDouble();
+    if (gap > threshold) {
+      direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
+      return true;
+    }
+  }
+  return false;
 }
 
-/// The containment ray's direction found from the few smallest directions only. The ray runs
-/// through the first gap wider than threshold in the ascending order of the normalised vertex
-/// directions; that gap nearly always comes among the first few. The m smallest diamond keys
-/// (m growing) pick candidates; their true angles, sorted, are the start of the full order for
-/// every value below a bound that no direction left out can reach. Only gaps between two such
-/// values are trusted. Returns false when that is not enough (the caller sorts everything),
-/// so the answer is always the full sort's.
+/// The later rounds, rarely needed: the m-th smallest key for m = 8 kFirstRound, 64
+/// kFirstRound, ... while m is below the vertex count.
 bool directionFromSmallestAngles(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
-                                 const std::vector<double>& keys, double threshold,
-                                 gkVector<2>& direction) {
-  std::vector<double> angles;
-  for (std::size_t m = 16; m < keys.size(); m *= 8) {
-    const double k = mthSmallest(keys, m);
-    const double reach = k + kKeyMargin;
-    // Every direction whose key is above reach has an angle above this: the in-quadrant angle
-    // grows at least as fast as the key, and the roundings of key and angle are under 1e-14.
-    const double bound = angleOfKey(k) + kKeyMargin / 2.0;
-    angles.clear();
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-      if (keys[i] <= reach) {
-        angles.push_back((vertices[i] - pt).angle().norm().toDouble());
-      }
-    }
-    std::sort(angles.begin(), angles.end());
-    for (std::size_t i = 0; i + 1 < angles.size() && angles[i + 1] < bound; ++i) {
-      const double gap = gkRadian(angles[i + 1] - angles[i]).norm().toDouble();
-      if (gap > threshold) {
-        direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
-        return true;
-      }
+                                 double threshold, gkVector<2>& direction) {
+  std::vector<KeyedVertex> entries;
+  entries.reserve(vertices.size());
+  for (std::size_t i = 0; i < vertices.size(); ++i) {
+    const gkVector<2> v = vertices[i] - pt;
+    entries.push_back({keyIn(quadrantOf(v.x(), v.y()), v.x(), v.y()), i});
+  }
+  std::vector<double> keys;
+  keys.reserve(entries.size());
+  for (const KeyedVertex& e : entries) {
+    keys.push_back(e.key);
+  }
+  for (std::size_t m = 8 * kFirstRound; m < keys.size(); m *= 8) {
+    std::nth_element(keys.begin(), keys.begin() + static_cast<std::ptrdiff_t>(m - 1), keys.end());
+    if (directionFromKeys(vertices, pt, entries, keys[m - 1], threshold, direction)) {
+      return true;
     }
   }
   return false;
@@ -152,23 +179,57 @@ bool directionFromSmallestAngles(const std::vector<gkVector<2>>& vertices, const
 
 bool containmentRayDirection(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
                              gkVector<2>& direction) {
-  const double threshold = kPi / static_cast<double>(vertices.size());
-  std::vector<double> keys;
-  keys.reserve(vertices.size());
+  const std::size_t n = vertices.size();
+  const double threshold = kPi / static_cast<double>(n);
+  // One pass: the on-vertex test and the kFirstRound smallest keys. It also logs every vertex
+  // whose key comes within the margin of the largest key kept so far: since that only falls,
+  // the log holds every candidate of the first round. A direction in a quadrant after the one
+  // of that key (plus the margin) cannot qualify, and needs no division.
+  std::array<double, kFirstRound> window{};
+  std::size_t filled = 0;
+  int worstQuadrant = kNoQuadrant;
+  std::vector<KeyedVertex> log;
   bool keysUsable = true;
-  for (const gkVector<2>& vertex : vertices) {
-    const gkVector<2> v = vertex - pt;
+  for (std::size_t i = 0; i < n; ++i) {
+    const gkVector<2> v = vertices[i] - pt;
     // NaN fails the first comparison and takes the exact test.
     if (!(v.x() * v.x() + v.y() * v.y() > kOnVertexSquared) && v.len() <= gkTolProximity) {
       return false;
     }
-    keys.push_back(diamondKey(v));
-    keysUsable = keysUsable && !std::isnan(keys.back());
+    const int q = quadrantOf(v.x(), v.y());
+    if (q == kNoQuadrant) {
+      keysUsable = false;
+      continue;
+    }
+    if (q > worstQuadrant) {
+      continue;
+    }
+    const double key = keyIn(q, v.x(), v.y());
+    if (filled == kFirstRound && !(key <= window[kFirstRound - 1] + kKeyMargin)) {
+      continue;
+    }
+    log.push_back({key, i});
+    if (filled == kFirstRound && !(key < window[kFirstRound - 1])) {
+      continue;
+    }
+    std::size_t at = filled < kFirstRound ? filled++ : kFirstRound - 1;
+    for (; at > 0 && key < window[at - 1]; --at) {
+      window[at] = window[at - 1];
+    }
+    window[at] = key;
+    if (filled == kFirstRound) {
+      worstQuadrant = quadrantOfKey(window[kFirstRound - 1] + kKeyMargin);
+    }
   }
   direction = gkVector<2>(1.0, 0.0);
-  if (!keysUsable || !directionFromSmallestAngles(vertices, pt, keys, threshold, direction)) {
-    direction = directionFromAllAngles(vertices, pt, threshold);
+  if (keysUsable && n > kFirstRound &&
+      directionFromKeys(vertices, pt, log, window[kFirstRound - 1], threshold, direction)) {
+    return true;
   }
+  if (keysUsable && directionFromSmallestAngles(vertices, pt, threshold, direction)) {
+    return true;
+  }
+  direction = directionFromAllAngles(vertices, pt, threshold);
   return true;
 }
 

@@ -39,7 +39,7 @@ double circleDistance(const gkCircle& c, const gkVector<2>& p) {
 }
 
 gkCircle fitOnce(const std::vector<gkVector<2>>& points) {
-  if (gk::detail::countDistinctPoints(points) < kMinDistinctPoints) {
+  if (!gk::detail::hasDistinctPoints(points, kMinDistinctPoints)) {
     throw gkMathError::Singular(std::wstring(kWho) + L": fewer than 3 distinct points");
   }
   const gk::detail::FitFrame frame = gk::detail::fitFrame(points, kWho);

@@ -282,7 +282,7 @@ gkEllipse toEllipse(Conic k, const gk::detail::FitFrame& frame, double reference
 }
 
 gkEllipse fitOnce(const std::vector<gkVector<2>>& points, double reference) {
-  if (gk::detail::countDistinctPoints(points) < kMinDistinctPoints) {
+  if (!gk::detail::hasDistinctPoints(points, kMinDistinctPoints)) {
     throw gkMathError::Singular(std::wstring(kWho) + L": fewer than 5 distinct points");
   }
   const gk::detail::FitFrame frame = gk::detail::fitFrame(points, kWho);

@@ -30,14 +30,20 @@ inline void requireFinitePoints(const std::vector<gkVector<2>>& points, const wc
   }
 }
 
-/// The number of distinct points (exact coordinate comparison: a repeated point adds weight to
-/// the fit but no new constraint).
-inline std::size_t countDistinctPoints(const std::vector<gkVector<2>>& points) {
-  std::vector<gkVector<2>> sorted(points);
-  std::sort(sorted.begin(), sorted.end(), [](const gkVector<2>& a, const gkVector<2>& b) {
-    return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y());
-  });
-  return static_cast<std::size_t>(std::unique(sorted.begin(), sorted.end()) - sorted.begin());
+/// True when points holds at least minimum distinct points (exact coordinate comparison: a
+/// repeated point adds weight to the fit but no new constraint). Stops at the minimum-th
+/// distinct point, which in any real point set comes within the first few.
+inline bool hasDistinctPoints(const std::vector<gkVector<2>>& points, std::size_t minimum) {
+  std::vector<gkVector<2>> distinct;
+  for (const gkVector<2>& p : points) {
+    if (distinct.size() >= minimum) {
+      break;
+    }
+    if (std::find(distinct.begin(), distinct.end(), p) == distinct.end()) {
+      distinct.push_back(p);
+    }
+  }
+  return distinct.size() >= minimum;
 }
 
 /// The frame the fitters work in: origin at the centroid, unit the root-mean-square distance of
@@ -156,7 +162,7 @@ Model fitRejectingOutliers(const std::vector<gkVector<2>>& points, long rounds, 
     if (next.size() == kept.size()) {
       break;
     }
-    if (countDistinctPoints(next) < minDistinct) {
+    if (!hasDistinctPoints(next, minDistinct)) {
       throw gkMathError::Singular(std::wstring(who) +
                                   L": too few points remain after outlier rejection");
     }

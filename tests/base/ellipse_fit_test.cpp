@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
@@ -235,6 +236,71 @@ TEST(EllipseFit, DistanceToAnEllipseIsTheSampledMinimum) {
       EXPECT_NEAR(gk::detail::ellipseDistance(e, p), expected, 1e-9 * (1.0 + expected));
     }
   }
+}
+
+namespace {
+
+/// The root of the distance function by plain bisection to the last pair of neighbouring
+/// doubles: slow and sure, the reference for the bracketed Newton and chord steps.
+double bisectedRoot(double rm1, double n0, double z1, double g) {
+  double t0 = z1;
+  double t1 = 1.0;
+  if (g >= 0.0) {
+    const double m = std::max(n0, z1);
+    t1 = m * std::sqrt((n0 / m) * (n0 / m) + (z1 / m) * (z1 / m));
+  }
+  for (int i = 0; i < 5000; ++i) {
+    const double t = 0.5 * (t0 + t1);
+    if (t == t0 || t == t1) {
+      return t;
+    }
+    const double value = (n0 / (t + rm1)) * (n0 / (t + rm1)) + (z1 / t) * (z1 / t) - 1.0;
+    if (value > 0.0) {
+      t0 = t;
+    } else if (value < 0.0) {
+      t1 = t;
+    } else {
+      return t;
+    }
+  }
+  return 0.5 * (t0 + t1);
+}
+
+}  // namespace
+
+TEST(EllipseFit, DistanceRootAgreesWithPlainBisectionOverEveryScale) {
+  // Semi-axes from nearly equal to 1e6 apart, points from a hair off the axes to far outside:
+  // the bracketed steps find the root bisection finds. Where the function is flat next to its
+  // rounding (very elongated ellipses, points near the major axis) any double in a band of a
+  // few dozen units in the last place is a root of the computed function; 1e-12 relative is
+  // far inside what the distance needs and far outside that band.
+  std::mt19937_64 rng(2026);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  int compared = 0;
+  for (int trial = 0; trial < 20000; ++trial) {
+    const double e0 = 1.0;
+    const double e1 = std::pow(10.0, -6.0 * u(rng));  // minor semi-axis, e0 >= e1
+    const double scale = std::pow(10.0, 8.0 * u(rng) - 4.0);
+    const double y0 = scale * u(rng) + (trial % 7 == 0 ? 0.0 : 1e-300);
+    const double y1 = trial % 5 == 0 ? scale * 1e-12 * u(rng) + 5e-324 : scale * u(rng) + 1e-300;
+    const double z0 = y0 / e0;
+    const double z1 = y1 / e1;
+    const double g = z0 * z0 + z1 * z1 - 1.0;
+    if (g == 0.0 || !std::isfinite(g)) {
+      continue;
+    }
+    const double ratio = e0 / e1;
+    const double r0 = ratio * ratio;
+    const double rm1 = ((e0 - e1) / e1) * ((e0 + e1) / e1);
+    if (!std::isfinite(r0 * z0) || !std::isfinite(rm1)) {
+      continue;
+    }
+    const double fast = gk::detail::ellipseDistanceRoot(rm1, r0 * z0, z1, g);
+    const double plain = bisectedRoot(rm1, r0 * z0, z1, g);
+    ASSERT_NEAR(fast, plain, 1e-12 * plain) << "trial " << trial;
+    ++compared;
+  }
+  EXPECT_GT(compared, 15000);
 }
 
 TEST(EllipseFit, DistanceFromPointsOnTheAxesIsExact) {

@@ -9,14 +9,18 @@
 #include <gk/base/vector.h>
 
 // The orthogonal distance from a point to an ellipse, by D. Eberly's robust method ("Distance
-// from a Point to an Ellipse, an Ellipsoid, or a Hyperellipsoid"): the nearest point is found by
-// bisection on the one root of a monotone function, which cannot fail to converge or jump to the
-// wrong branch the way a plain Newton iteration can near the evolute.
+// from a Point to an Ellipse, an Ellipsoid, or a Hyperellipsoid"): the nearest point comes from
+// the one root of a monotone function, kept in a bracket that shrinks every step, so the search
+// cannot fail to converge or jump to the wrong branch the way a plain Newton iteration can near
+// the evolute. The function is also convex, so Newton's step from the left end of the bracket
+// and the chord's zero fall on either side of the root: each step takes both (quadratic and
+// superlinear convergence), and a bisection when they did not halve the bracket.
 namespace gk::detail {
 
-/// Bisection halves an interval of doubles until its midpoint equals an end. The interval is at
-/// most as wide as the largest double and the root may be as small as the smallest denormal, so
-/// this many halvings always get there; the count only guards against a loop that never ends.
+/// Every step at least halves an interval of doubles until its midpoint equals an end. The
+/// interval is at most as wide as the largest double and the root may be as small as the
+/// smallest denormal, so this many steps always get there; the count only guards against a loop
+/// that never ends.
 inline constexpr int kEllipseDistanceMaxBisections = std::numeric_limits<double>::max_exponent -
                                                      std::numeric_limits<double>::min_exponent +
                                                      std::numeric_limits<double>::digits;
@@ -25,35 +29,98 @@ inline constexpr int kEllipseDistanceMaxBisections = std::numeric_limits<double>
 /// value of the function at t = 1 (its sign tells on which side of 1 the root lies). This is
 /// Eberly's variable s shifted by one (t = s + 1): for a point close to the major axis the root
 /// is close to t = 0, where doubles still resolve it, whereas s = t - 1 would round it to -1 and
-/// the nearest point's second coordinate y1 / t would blow up.
+/// the nearest point's second coordinate y1 / t would blow up. The answer is the root to within
+/// rounding: where Newton's step from below no longer moves, or where the bracket closes on two
+/// neighbouring doubles.
 inline double ellipseDistanceRoot(double rm1, double n0, double z1, double g) {
-  double t0 = z1;
-  double t1 = 1.0;
+  // The function at t, and its slope there (negative: the function falls).
+  const auto value = [rm1, n0, z1](double t, double& slope) {
+    const double inverse0 = 1.0 / (t + rm1);
+    const double inverse1 = 1.0 / t;
+    const double ratio0 = n0 * inverse0;
+    const double ratio1 = z1 * inverse1;
+    slope = -2.0 * (ratio0 * ratio0 * inverse0 + ratio1 * ratio1 * inverse1);
+    return ratio0 * ratio0 + ratio1 * ratio1 - 1.0;
+  };
+  // The function is >= 0 at z1 and <= 0 at the upper end.
+  // The function is g at 1, so outside the ellipse (g >= 0) the root is at least 1 too.
+  double lo = g >= 0.0 ? std::max(z1, 1.0) : z1;
+  double hi = 1.0;
   if (g >= 0.0) {
     // |(n0, z1)|, scaled so that the squares cannot overflow.
     const double m = std::max(n0, z1);
     const double a = n0 / m;
     const double b = z1 / m;
-    t1 = m * std::sqrt(a * a + b * b);
+    hi = m * std::sqrt(a * a + b * b);
   }
-  double t = 0.0;
-  for (int i = 0; i < kEllipseDistanceMaxBisections; ++i) {
-    t = 0.5 * (t0 + t1);
-    if (t == t0 || t == t1) {
-      break;
-    }
-    const double ratio0 = n0 / (t + rm1);
-    const double ratio1 = z1 / t;
-    const double value = ratio0 * ratio0 + ratio1 * ratio1 - 1.0;
-    if (value > 0.0) {
-      t0 = t;
-    } else if (value < 0.0) {
-      t1 = t;
+  double slopeLo = 0.0;
+  double valueLo = value(lo, slopeLo);
+  double slopeHi = 0.0;
+  double valueHi = value(hi, slopeHi);
+  if (valueLo == 0.0) {
+    return lo;
+  }
+  if (valueHi == 0.0) {
+    return hi;
+  }
+  // Moves the end of the bracket on the side of t's value; true when t is the root itself.
+  const auto narrow = [&](double t) {
+    double slope = 0.0;
+    const double v = value(t, slope);
+    if (v > 0.0) {
+      lo = t;
+      valueLo = v;
+      slopeLo = slope;
+    } else if (v < 0.0) {
+      hi = t;
+      valueHi = v;
+      slopeHi = slope;
     } else {
-      break;
+      return true;
+    }
+    return false;
+  };
+  for (int i = 0; i < kEllipseDistanceMaxBisections; ++i) {
+    const double mid = 0.5 * (lo + hi);
+    if (mid == lo || mid == hi) {
+      return mid;
+    }
+    const double width = hi - lo;
+    // Newton's step from the end nearer the root (by value). For a falling convex function
+    // both land left of the root, and the chord's zero right of it.
+    double newton = 0.0;
+    if (-valueHi < valueLo) {
+      newton = hi - valueHi / slopeHi;
+    } else {
+      newton = lo - valueLo / slopeLo;
+      if (newton == lo) {
+        // The step from the left is below the spacing of doubles at lo: lo is the root to within
+        // rounding (the step shrinks quadratically there), and closing the bracket from the
+        // right would only cost more steps.
+        return lo;
+      }
+    }
+    if (!(newton > lo && newton < hi)) {
+      newton = mid;
+    }
+    if (narrow(newton)) {
+      return newton;
+    }
+    double chord = lo + (hi - lo) * (valueLo / (valueLo - valueHi));
+    if (chord > lo && chord < hi && narrow(chord)) {
+      return chord;
+    }
+    if (hi - lo > 0.5 * width) {
+      const double half = 0.5 * (lo + hi);
+      if (half == lo || half == hi) {
+        return half;
+      }
+      if (narrow(half)) {
+        return half;
+      }
     }
   }
-  return t;
+  return 0.5 * (lo + hi);
 }
 
 /// The distance from (y0, y1) to the ellipse x0^2/e0^2 + x1^2/e1^2 = 1 (semi-axes e0, e1 > 0,

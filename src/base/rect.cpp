@@ -14,12 +14,3 @@ gkRect gkRect::enclose(const gkRect& other) const {
   r.lr_ = gkVector<2>(std::max(lr_.x(), other.lr_.x()), std::max(lr_.y(), other.lr_.y()));
   return r;
 }
-
-bool gkRect::within(const gkVector<2>& pt) const {
-  return pt.x() >= ul_.x() && pt.x() <= lr_.x() && pt.y() >= ul_.y() && pt.y() <= lr_.y();
-}
-
-bool gkRect::overlaps(const gkRect& other) const {
-  return lr_.x() >= other.ul_.x() && ul_.x() <= other.lr_.x() && lr_.y() >= other.ul_.y() &&
-         ul_.y() <= other.lr_.y();
-}

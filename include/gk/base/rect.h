@@ -24,11 +24,17 @@ class GK_EXPORT gkRect {
   /// The smallest rectangle holding both.
   gkRect enclose(const gkRect& other) const;
 
-  /// True when pt lies in the closed rectangle: the boundary is inside.
-  bool within(const gkVector<2>& pt) const;
+  /// True when pt lies in the closed rectangle: the boundary is inside. (Inline: every segment
+  /// query asks it of every candidate.)
+  bool within(const gkVector<2>& pt) const {
+    return pt.x() >= ul_.x() && pt.x() <= lr_.x() && pt.y() >= ul_.y() && pt.y() <= lr_.y();
+  }
 
   /// True when the two closed rectangles share at least one point (touching counts).
-  bool overlaps(const gkRect& other) const;
+  bool overlaps(const gkRect& other) const {
+    return lr_.x() >= other.ul_.x() && ul_.x() <= other.lr_.x() && lr_.y() >= other.ul_.y() &&
+           ul_.y() <= other.lr_.y();
+  }
 
   bool operator==(const gkRect& o) const { return ul_ == o.ul_ && lr_ == o.lr_; }
   bool operator!=(const gkRect& o) const { return !(*this == o); }

@@ -355,3 +355,84 @@ TEST(ConvexHullReference, InputsWithNonFinitePointsMixedIn) {
     expectSameHull(pts);
   }
 }
+
+namespace {
+
+/// Andrew's monotone chain over a comparison sort: the plain form of the library's hull, which
+/// sorts large inputs through buckets first.
+Points plainMonotoneChain(const Points& input) {
+  Points p;
+  for (const V& v : input) {
+    if (std::isfinite(v.x()) && std::isfinite(v.y())) {
+      p.push_back(v);
+    }
+  }
+  std::sort(p.begin(), p.end(), [](const V& a, const V& b) {
+    return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y());
+  });
+  p.erase(std::unique(p.begin(), p.end()), p.end());
+  if (p.size() < 3) {
+    return p;
+  }
+  const auto turn = [](const V& o, const V& a, const V& b) { return (a - o).cross(b - o); };
+  Points h(2 * p.size());
+  std::size_t k = 0;
+  for (const V& v : p) {
+    while (k >= 2 && turn(h[k - 2], h[k - 1], v) <= 0.0) {
+      --k;
+    }
+    h[k++] = v;
+  }
+  const std::size_t lowerEnd = k + 1;
+  for (std::size_t i = p.size() - 1; i-- > 0;) {
+    while (k >= lowerEnd && turn(h[k - 2], h[k - 1], p[i]) <= 0.0) {
+      --k;
+    }
+    h[k++] = p[i];
+  }
+  h.resize(k - 1);
+  return h;
+}
+
+}  // namespace
+
+TEST(ConvexHullBucketSort, LargeInputsGiveThePlainSortsHullOnRandomAndDegenerateClouds) {
+  std::mt19937_64 rng(31337);
+  std::uniform_real_distribution<double> u(-1.0, 1.0);
+  for (int trial = 0; trial < 300; ++trial) {
+    const std::size_t n = 256 + static_cast<std::size_t>(rng() % 4000);
+    const int kind = trial % 6;
+    Points cloud;
+    for (std::size_t i = 0; i < n; ++i) {
+      switch (kind) {
+        case 0:  // doubles of every size and sign
+          cloud.emplace_back(u(rng) * std::pow(10.0, static_cast<int>(rng() % 40) - 20),
+                             u(rng) * std::pow(10.0, static_cast<int>(rng() % 40) - 20));
+          break;
+        case 1:  // a small integer grid: duplicates, equal x, collinear runs
+          cloud.emplace_back(static_cast<double>(rng() % 9) - 4.0,
+                             static_cast<double>(rng() % 9) - 4.0);
+          break;
+        case 2:  // zeros of both signs and subnormals
+          cloud.emplace_back(
+              (rng() % 2 ? -1.0 : 1.0) * (rng() % 3 == 0 ? 0.0 : 5e-324 * (rng() % 5)),
+              (rng() % 2 ? -0.0 : 0.0) + static_cast<double>(rng() % 3));
+          break;
+        case 3: {  // on a circle: every point a corner
+          const double a = 6.283185307179586 * static_cast<double>(i) / static_cast<double>(n);
+          cloud.emplace_back(1e3 * std::cos(a), 1e3 * std::sin(a));
+          break;
+        }
+        case 4:  // non-finite points mixed in
+          cloud.emplace_back(rng() % 10 == 0 ? kNaN : u(rng), rng() % 13 == 0 ? -kInf : u(rng));
+          break;
+        default:  // huge coordinates
+          cloud.emplace_back(u(rng) * 1e300, u(rng) * 1e300);
+          break;
+      }
+    }
+    const Points got = hullOf(cloud);
+    const Points expected = plainMonotoneChain(cloud);
+    ASSERT_EQ(got, expected) << "trial " << trial << " kind " << kind;
+  }
+}

@@ -5,7 +5,8 @@
 #include <gk/base/vector.h>
 #include <gk/gk_export.h>
 
-/// The vertices of the convex hull of points, by Andrew's monotone chain in O(n log n).
+/// The vertices of the convex hull of points, by Andrew's monotone chain: O(n log n) at worst,
+/// O(n) expected for large inputs (the points are sorted through buckets by x first).
 ///
 /// - Orientation: counter-clockwise in a y-up frame (positive signed area).
 /// - Start: the vertex with the smallest x, and among those the smallest y.

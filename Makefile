@@ -1,5 +1,5 @@
 # Thin wrapper over the CMake presets. The README's two commands are `make demo` and `make test`.
-.PHONY: all deps demo test asan release tsan valgrind fuzz format clean
+.PHONY: all deps demo test asan release tsan valgrind fuzz bench bench-doc format clean
 
 all: test
 
@@ -49,6 +49,26 @@ FUZZ_SECONDS ?= 60
 fuzz:
 	@scripts/install-deps.sh fuzz
 	fuzz/run.sh $(FUZZ_SECONDS)
+
+# The benchmarks against peer libraries (OpenCV, GEOS, Clipper, Boost.Geometry), Release build in
+# build/bench: times to results.json, heap per vertex to memory.json, then the tables on stdout
+# (about five minutes on two cores). bench-doc writes them to docs/performance.md.
+BENCH_DIR := build/bench
+BENCH_JSON := $(BENCH_DIR)/results.json $(BENCH_DIR)/memory.json
+# The commit measured, "-dirty" when src/ or include/ has local changes; recorded in the output.
+BENCH_COMMIT = $(shell git rev-parse --short HEAD 2>/dev/null)$(shell git status --porcelain -- src include 2>/dev/null | grep -q . && echo -dirty)
+bench:
+	@scripts/install-deps.sh bench
+	cmake --preset bench
+	cmake --build --preset bench
+	$(BENCH_DIR)/bench/gkgeom_bench --benchmark_out=$(BENCH_DIR)/results.json --benchmark_out_format=json \
+	  --benchmark_context=gkgeom_commit=$(BENCH_COMMIT)
+	$(BENCH_DIR)/bench/gkgeom_bench_memory --benchmark_out=$(BENCH_DIR)/memory.json --benchmark_out_format=json
+	python3 scripts/bench-report.py $(BENCH_JSON)
+
+bench-doc:
+	@test -f $(BENCH_DIR)/results.json -a -f $(BENCH_DIR)/memory.json || $(MAKE) bench
+	python3 scripts/bench-report.py $(BENCH_JSON) --doc docs/performance.md > /dev/null
 
 format:
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i

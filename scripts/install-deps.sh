@@ -12,7 +12,7 @@ set -euo pipefail
 packages=(cmake make g++ pkgconf libgtest-dev libgmock-dev libexpat1-dev libboost-dev
   nlohmann-json3-dev libcli11-dev)
 if [[ "${1:-}" == "bench" ]]; then
-  packages+=(libbenchmark-dev)
+  packages+=(libbenchmark-dev libopencv-dev libgeos-dev libpolyclipping-dev)
 fi
 
 installed() {

@@ -124,6 +124,80 @@ bool coversMuchOf(const gkRect& query, const gkRect& box) {
   return query.width() >= box.width() / 2.0 || query.height() >= box.height() / 2.0;
 }
 
+/// One segment query against a contour's segment caches: the tests every candidate contour
+/// segment goes through, cheapest first, in the one order every query uses.
+class SegmentQuery {
+ public:
+  SegmentQuery(const gkLineSeg& seg, const gkRect& contourBox, bool includeEnds)
+      : seg_(seg),
+        line_(seg.line()),
+        box_(gkRect(seg.p2(), gkVector<2>()).enclose(gkRect(seg.p1(), gkVector<2>()))),
+        apart_(contourBox, seg),
+        includeEnds_(includeEnds) {}
+
+  const gkLineSeg& seg() const { return seg_; }
+  const gkRect& box() const { return box_; }
+  const SeparationTest& apart() const { return apart_; }
+
+  /// True when the contour segment s (with its cached line, box and validity) crosses the query,
+  /// with p the crossing point.
+  bool crosses(const gkLineSeg& s, const gkLine& line, const gkRect& box, bool valid,
+               gkVector<2>& p) const {
+    // Cheapest rejections first: degenerate, boxes apart, parallel.
+    if (!valid || !box.overlaps(box_) || apart_(s) || line.isParallel(line_)) {
+      return false;
+    }
+    // Without ends, a contour segment passing near either end of seg is dropped whole (even a
+    // crossing elsewhere on it), so that a segment starting on the contour does not see the
+    // contour where it starts.
+    if (!includeEnds_ &&
+        !(s.distToPoint(seg_.p1()) > gkTolProximity && s.distToPoint(seg_.p2()) > gkTolProximity)) {
+      return false;
+    }
+    p = line.intersect(line_);
+    return s.distToPoint(p) < gkTolProximity && seg_.distToPoint(p) < gkTolProximity;
+  }
+
+ private:
+  gkLineSeg seg_;
+  gkLine line_;
+  gkRect box_;
+  SeparationTest apart_;
+  bool includeEnds_;
+};
+
+/// Replaces out by the numbers, in increasing order, of the segments a query must test: every
+/// segment the query's tests could accept, and maybe more.
+void gatherCandidates(const SegmentQuery& query, const std::vector<gkVector<2>>& points,
+                      bool closed, const gkRect& contourBox, const gk::detail::BoxIndex& index,
+                      std::vector<std::size_t>& out) {
+  if (query.apart().on() && coversMuchOf(query.box(), contourBox)) {
+    // A query as wide as the contour (a containment ray) meets most boxes, and the index saves
+    // nothing. The side of the query's line is worked out once per vertex instead, and a
+    // segment with both ends beyond the reach on one side, which the separation test would
+    // reject, is not a candidate.
+    out.clear();
+    const std::size_t n = points.size();
+    // Segment k runs from vertex k - 1 (closed; n - 1 for k = 0) or k (open) to the next one.
+    int previous = query.apart().side(points[closed ? n - 1 : 0]);
+    for (std::size_t i = closed ? 0 : 1, k = 0; i < n; ++i, ++k) {
+      const int current = query.apart().side(points[i]);
+      if (previous == 0 || previous != current) {
+        out.push_back(k);
+      }
+      previous = current;
+    }
+    return;
+  }
+  // The index hands over, in increasing number, every segment whose box may meet the query's
+  // box; the ones it leaves out would fail the box test, so the result is that of a full scan.
+  index.candidates(query.box(), out);
+}
+
+/// Self-intersection asks pairs of segments that share a cell of the segment index rather than
+/// one query per segment while there are at most this many such pairs per segment.
+constexpr std::size_t kPairsPerSegment = 16;
+
 /// Orders the crossings found along a query segment as an exchange sort does: position i takes,
 /// in turn, every later record with a strictly smaller key. That exact order (it is not a
 /// stable sort, and a NaN key never moves) is the one callers see. With distinct keys and no
@@ -288,66 +362,28 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
                                                   bool includeEnds) const {
   checkEmptyContour();
   segIndices.clear();
-  const gkLine queryLine = seg.line();
-  const gkRect queryBox = gkRect(seg.p2(), gkVector<2>()).enclose(gkRect(seg.p1(), gkVector<2>()));
   const gkRect contourBox = encloseRect(gkXform<2>());
-  if (!contourBox.overlaps(queryBox)) {
+  const SegmentQuery query(seg, contourBox, includeEnds);
+  if (!contourBox.overlaps(query.box())) {
     return {};
   }
   computeLineSegs();
-  const SeparationTest apart(contourBox, seg);
-
   if (!segIndex_) {
     segIndex_ = std::make_shared<const gk::detail::BoxIndex>(segRects_, validLine_);
   }
   std::vector<std::size_t> candidates;
-  if (apart.on() && coversMuchOf(queryBox, contourBox)) {
-    // A query as wide as the contour (a containment ray) meets most boxes, and the index saves
-    // nothing. The side of the query's line is worked out once per vertex instead, and a
-    // segment with both ends beyond the reach on one side, which the separation test below
-    // would reject, is not a candidate.
-    const std::size_t n = points_.size();
-    const bool closed = isClosed();
-    // Segment k runs from vertex k - 1 (closed; n - 1 for k = 0) or k (open) to the next one.
-    int previous = apart.side(points_[closed ? n - 1 : 0]);
-    for (std::size_t i = closed ? 0 : 1, k = 0; i < n; ++i, ++k) {
-      const int current = apart.side(points_[i]);
-      if (previous == 0 || previous != current) {
-        candidates.push_back(k);
-      }
-      previous = current;
-    }
-  } else {
-    // The index hands over, in increasing number, every segment whose box may meet queryBox;
-    // the ones it leaves out would fail the box test below, so the result is that of a full
-    // scan.
-    segIndex_->candidates(queryBox, candidates);
-  }
+  gatherCandidates(query, points_, isClosed(), contourBox, *segIndex_, candidates);
 
   std::vector<gkVector<2>> points;
   std::vector<double> keys;
   const gkVector<2> along = seg.p2() - seg.p1();
   for (const std::size_t k : candidates) {
-    // Cheapest rejections first: degenerate, boxes apart, parallel.
-    if (!validLine_[k] || !segRects_[k].overlaps(queryBox) || apart(lineSegs_[k]) ||
-        lines_[k].isParallel(queryLine)) {
-      continue;
+    gkVector<2> p;
+    if (query.crosses(lineSegs_[k], lines_[k], segRects_[k], validLine_[k], p)) {
+      points.push_back(p);
+      segIndices.push_back(static_cast<int>(k));
+      keys.push_back((p - seg.p1()).dot(along));
     }
-    const gkLineSeg& s = lineSegs_[k];
-    // Without ends, a contour segment passing near either end of seg is dropped whole (even a
-    // crossing elsewhere on it), so that a segment starting on the contour does not see the
-    // contour where it starts.
-    if (!includeEnds &&
-        !(s.distToPoint(seg.p1()) > gkTolProximity && s.distToPoint(seg.p2()) > gkTolProximity)) {
-      continue;
-    }
-    const gkVector<2> p = lines_[k].intersect(queryLine);
-    if (!(s.distToPoint(p) < gkTolProximity && seg.distToPoint(p) < gkTolProximity)) {
-      continue;
-    }
-    points.push_back(p);
-    segIndices.push_back(static_cast<int>(k));
-    keys.push_back((p - seg.p1()).dot(along));
   }
 
   orderAlongSegment(keys, points, segIndices);
@@ -378,13 +414,68 @@ bool gkContour::isSelfIntersecting() const {
   if (selfIntersectingValid_) {
     return selfIntersecting_;
   }
+  // The contour crosses itself when some valid segment k, queried without ends as
+  // intersections(lineSegs_[k], false) does, finds a crossing on some segment j. The query's
+  // first test after validity is that the two boxes overlap, so only pairs whose boxes may
+  // overlap need asking, in both roles: the segment index hands over each such pair (some more
+  // than once) without a query per segment.
   computeLineSegs();
-  selfIntersecting_ = false;
-  for (std::size_t k = 0; k < lineSegs_.size(); ++k) {
-    // Without ends, segment k itself and its two neighbours (which touch its ends) never count.
-    if (validLine_[k] && !intersections(gkLineSeg(lineSegs_[k]), false).empty()) {
-      selfIntersecting_ = true;
-      break;
+  if (!segIndex_) {
+    segIndex_ = std::make_shared<const gk::detail::BoxIndex>(segRects_, validLine_);
+  }
+  const gkRect contourBox = encloseRect(gkXform<2>());
+  const std::size_t count = lineSegs_.size();
+  const bool closed = isClosed();
+  // Segments sharing a vertex hold an end of each other exactly, at distance 0, so the query
+  // without ends drops them: they are skipped untested. That needs the squared length of a
+  // segment finite (an end then measures exactly 0), which holds within the separation test's
+  // bound on the coordinates.
+  double m = 0;
+  for (const double c :
+       {contourBox.ul().x(), contourBox.ul().y(), contourBox.lr().x(), contourBox.lr().y()}) {
+    m = std::max(m, std::abs(c));
+  }
+  const bool skipNeighbours = m <= 1e100;
+  const auto neighbours = [count, closed](std::size_t a, std::size_t b) {
+    return b == a + 1 || (closed && a == 0 && b + 1 == count);
+  };
+  if (segIndex_->pairCount() <= kPairsPerSegment * count) {
+    // Few boxes share a cell (a smooth outline): ask the pairs, each query set up on demand.
+    const auto finds = [&](std::size_t k, std::size_t j) {
+      const SegmentQuery query(lineSegs_[k], contourBox, false);
+      gkVector<2> p;
+      return contourBox.overlaps(query.box()) &&
+             query.crosses(lineSegs_[j], lines_[j], segRects_[j], validLine_[j], p);
+    };
+    selfIntersecting_ = segIndex_->anyPair([&](std::size_t a, std::size_t b) {
+      if (!segRects_[a].overlaps(segRects_[b]) || (skipNeighbours && neighbours(a, b))) {
+        return false;
+      }
+      return finds(a, b) || finds(b, a);
+    });
+  } else {
+    // Crowded cells (dense spikes): one query per segment, set up once for all its candidates.
+    std::vector<std::size_t> candidates;
+    selfIntersecting_ = false;
+    for (std::size_t k = 0; k < count && !selfIntersecting_; ++k) {
+      if (!validLine_[k]) {
+        continue;
+      }
+      const SegmentQuery query(lineSegs_[k], contourBox, false);
+      if (!contourBox.overlaps(query.box())) {
+        continue;
+      }
+      gatherCandidates(query, points_, closed, contourBox, *segIndex_, candidates);
+      for (const std::size_t j : candidates) {
+        if (j == k || (skipNeighbours && neighbours(std::min(j, k), std::max(j, k)))) {
+          continue;
+        }
+        gkVector<2> p;
+        if (query.crosses(lineSegs_[j], lines_[j], segRects_[j], validLine_[j], p)) {
+          selfIntersecting_ = true;
+          break;
+        }
+      }
     }
   }
   selfIntersectingValid_ = true;

@@ -1088,6 +1088,62 @@ TEST(ContourIndexedQueries, SegmentQueriesMatchTheFullScanOnLargeCrossingStars) 
   }
 }
 
+TEST(ContourIndexedQueries, SelfIntersectionSkippingNeighboursMatchesThePlainScanOnLargerShapes) {
+  // Up to 80 vertices of grid points, repeats, collinear runs, slanted near-touches and, one
+  // shape in five, non-finite and huge coordinates, open and closed: the neighbours of each
+  // segment are skipped untested only where that cannot change the answer.
+  gk::test::DegenerateShapes gen(808);
+  int crossing = 0;
+  for (int shape = 0; shape < 3000; ++shape) {
+    // One shape in three a star with few or no swaps, so that simple shapes are common too.
+    Points pts = shape % 3 == 0 ? noisyStar(4 + gen.pick(80), static_cast<int>(gen.pick(3)), gen)
+                                : gen.points(2 + gen.pick(80), shape % 5 == 0);
+    if (shape % 7 == 0 && pts.size() > 3) {
+      // A vertex a hair off a non-adjacent edge, on either side of the proximity tolerance.
+      const gkVector<2> a = pts[0];
+      const gkVector<2> b = pts[1];
+      const gkVector<2> normal = gkVector<2>(a.y() - b.y(), b.x() - a.x());
+      const double len = normal.len();
+      if (len > 0) {
+        pts[pts.size() / 2] = (a + b) / 2.0 + normal * ((shape % 2 == 0 ? 0.9e-6 : 1.1e-6) / len);
+      }
+    }
+    const gkContour c(pts, gen.pick(2) == 0, 0);
+    const bool expected = gk::test::PlainContour(c).plainIsSelfIntersecting();
+    ASSERT_EQ(c.isSelfIntersecting(), expected) << "shape " << shape;
+    crossing += expected ? 1 : 0;
+  }
+  EXPECT_GT(crossing, 300);
+  EXPECT_LT(crossing, 2700);
+}
+
+TEST(ContourIndexedQueries, SelfIntersectionMatchesThePlainScanOnSmoothOutlinesAndDenseStars) {
+  // A smooth outline leaves few segments per cell of the index, so self-intersection asks the
+  // pairs sharing a cell; a dense star crowds the cells, so it asks one query per segment.
+  // Both must give the plain answer, with and without crossings.
+  gk::test::DegenerateShapes gen(99);
+  for (const int swapPercent : {0, 2}) {
+    for (const bool closed : {true, false}) {
+      Points smooth;
+      for (int k = 0; k < 1500; ++k) {
+        const double t = 6.283185307179586 * k / 1500.0;
+        const double r = 100.0 * (1.0 + 0.2 * std::sin(3.0 * t)) + 0.01 * gen.real(1.0);
+        smooth.emplace_back(r * std::cos(t), r * std::sin(t));
+      }
+      for (std::size_t k = 0; k + 1 < smooth.size(); ++k) {
+        if (gen.pick(100) < static_cast<std::uint64_t>(swapPercent)) {
+          std::swap(smooth[k], smooth[k + 1]);
+        }
+      }
+      const gkContour blob(smooth, closed, 0);
+      EXPECT_EQ(blob.isSelfIntersecting(), gk::test::PlainContour(blob).plainIsSelfIntersecting());
+      EXPECT_EQ(blob.isSelfIntersecting(), swapPercent > 0);
+      const gkContour star(noisyStar(1500, swapPercent, gen), closed, 0);
+      EXPECT_EQ(star.isSelfIntersecting(), gk::test::PlainContour(star).plainIsSelfIntersecting());
+    }
+  }
+}
+
 TEST(ContourIndexedQueries, SelfIntersectionMatchesThePlainPairScan) {
   gk::test::DegenerateShapes gen(11);
   int crossing = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -25,6 +26,45 @@ class BoxIndex {
   /// Replaces out by the numbers of the boxes that may overlap query, in increasing order,
   /// without repeats.
   void candidates(const gkRect& query, std::vector<std::size_t>& out) const;
+
+  /// Calls f(a, b), a < b, for the pairs of indexed boxes that may overlap: every pair listed in
+  /// a common cell and every pair with a wide box. Every overlapping pair comes at least once
+  /// (the cell of the low corner of their overlap lists both); some come more than once, and
+  /// some do not overlap. Stops at the first call that returns true, and returns whether one
+  /// did.
+  template <typename F>
+  bool anyPair(F&& f) const {
+    const std::size_t cells = cellStart_.empty() ? 0 : cellStart_.size() - 1;
+    for (std::size_t cell = 0; cell < cells; ++cell) {
+      const std::size_t end = cellStart_[cell + 1];
+      // A cell lists its boxes in increasing number.
+      for (std::size_t e = cellStart_[cell]; e < end; ++e) {
+        for (std::size_t g = e + 1; g < end; ++g) {
+          if (f(std::size_t{entries_[e]}, std::size_t{entries_[g]})) {
+            return true;
+          }
+        }
+      }
+    }
+    for (const std::uint32_t w : wide_) {
+      for (const std::uint32_t k : indexed_) {
+        if (k != w && f(std::size_t{std::min(k, w)}, std::size_t{std::max(k, w)})) {
+          return true;
+        }
+      }
+    }
+    return false;
+  }
+
+  /// How many calls anyPair makes at most.
+  std::size_t pairCount() const {
+    std::size_t pairs = wide_.size() * indexed_.size();
+    for (std::size_t cell = 0; cell + 1 < cellStart_.size(); ++cell) {
+      const std::size_t m = cellStart_[cell + 1] - cellStart_[cell];
+      pairs += m * (m - (m > 0 ? 1 : 0)) / 2;
+    }
+    return pairs;
+  }
 
   /// Bytes held, for the memory accounting of the shapes that own an index.
   std::size_t bytes() const;

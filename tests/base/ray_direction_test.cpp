@@ -14,6 +14,7 @@
 #include "base/detail/ray_direction.h"
 #include "base/detail/total_order.h"
 #include "plain_reference.h"
+#include "plain_region_reference.h"
 
 using gk::detail::containmentRayDirection;
 using Points = std::vector<gkVector<2>>;
@@ -24,32 +25,6 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kTwoPi = 6.283185307179586;
 
-/// The ray direction as the containment test is written: every direction's angle, all of them
-/// sorted (NaN last), the first gap wider than pi/n, the last gap wrapping round to the first.
-bool plainDirection(const Points& vertices, const gkVector<2>& pt, gkVector<2>& direction) {
-  const std::size_t n = vertices.size();
-  std::vector<double> angles;
-  for (const gkVector<2>& vertex : vertices) {
-    const gkVector<2> v = vertex - pt;
-    if (v.len() <= gkTolProximity) {
-      return false;
-    }
-    angles.push_back(v.angle().norm().toDouble());
-  }
-  std::sort(angles.begin(), angles.end(), gk::detail::lessNaNLast);
-  const double threshold = 3.141592653589793 / static_cast<double>(n);
-  direction = gkVector<2>(1.0, 0.0);
-  for (std::size_t i = 0; i < n; ++i) {
-    const std::size_t j = i + 1 == n ? 0 : i + 1;
-    const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
-    if (gap > threshold) {
-      direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
-      break;
-    }
-  }
-  return true;
-}
-
 bool sameBits(double a, double b) {
   return a == b ? std::signbit(a) == std::signbit(b) : std::isnan(a) && std::isnan(b);
 }
@@ -59,7 +34,7 @@ void expectPlainDirection(const Points& vertices, const gkVector<2>& pt) {
   gkVector<2> fast(7.0, 7.0);
   gkVector<2> plain(7.0, 7.0);
   const bool fastRay = containmentRayDirection(vertices, pt, fast);
-  const bool plainRay = plainDirection(vertices, pt, plain);
+  const bool plainRay = gk::test::plainRayDirection(vertices, pt, plain);
   ASSERT_EQ(fastRay, plainRay) << "n " << vertices.size() << " at (" << pt.x() << ", " << pt.y()
                                << ")";
   if (plainRay) {

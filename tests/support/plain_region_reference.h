@@ -21,6 +21,34 @@
 /// that starts every scan over from the first loop. Tests require identical answers.
 namespace gk::test {
 
+/// The containment ray's direction as it is written: every vertex direction's angle, all of
+/// them sorted (NaN last), the first gap wider than pi/n, the last gap wrapping round to the
+/// first; false when pt is within the proximity tolerance of a vertex (no ray).
+inline bool plainRayDirection(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
+                              gkVector<2>& direction) {
+  const std::size_t n = vertices.size();
+  std::vector<double> angles;
+  for (const gkVector<2>& vertex : vertices) {
+    const gkVector<2> v = vertex - pt;
+    if (v.len() <= gkTolProximity) {
+      return false;
+    }
+    angles.push_back(v.angle().norm().toDouble());
+  }
+  std::sort(angles.begin(), angles.end(), gk::detail::lessNaNLast);
+  const double threshold = 3.141592653589793 / static_cast<double>(n);
+  direction = gkVector<2>(1.0, 0.0);
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::size_t j = i + 1 == n ? 0 : i + 1;
+    const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
+    if (gap > threshold) {
+      direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
+      break;
+    }
+  }
+  return true;
+}
+
 class PlainRegion : public gkRegion {
  public:
   using Points = std::vector<gkVector<2>>;
@@ -33,25 +61,9 @@ class PlainRegion : public gkRegion {
     if (!encloseRect(gkXform<2>()).within(pt)) {
       return 0;
     }
-    const std::size_t n = points().size();
-    const double threshold = 3.141592653589793 / static_cast<double>(n);
-    std::vector<double> angles;
-    for (const gkVector<2>& vertex : points()) {
-      const gkVector<2> v = vertex - pt;
-      if (v.len() <= gkTolProximity) {
-        return 1;
-      }
-      angles.push_back(v.angle().norm().toDouble());
-    }
-    std::sort(angles.begin(), angles.end(), gk::detail::lessNaNLast);
-    gkVector<2> direction(1.0, 0.0);
-    for (std::size_t i = 0; i < n; ++i) {
-      const std::size_t j = i + 1 == n ? 0 : i + 1;
-      const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
-      if (gap > threshold) {
-        direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
-        break;
-      }
+    gkVector<2> direction;
+    if (!plainRayDirection(points(), pt, direction)) {
+      return 1;
     }
     const double length = diameter(gkContourDefs::eFirstVertexCentered);
     long count = static_cast<long>(

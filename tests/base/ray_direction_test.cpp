@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -12,7 +11,6 @@
 #include <gk/base/vector.h>
 
 #include "base/detail/ray_direction.h"
-#include "base/detail/total_order.h"
 #include "plain_reference.h"
 #include "plain_region_reference.h"
 

@@ -651,16 +651,19 @@ exact answer costs more than the peer's, or because the fast path that would mee
 written:
 
 - **isSelfIntersecting, and regularize/outerHull against Clipper.** Segment queries go through
-  a uniform grid over the segment boxes. On `blob` that is near-linear but costs about 550 ns a
-  segment (one query per segment, each asking its two neighbours the full crossing test),
-  against GEOS's 45; on `star` every radial segment's box overlaps a fixed share of all the
-  others, so the grid is quadratic (87x from 16384 to 131072). Meeting O(n log n) there needs a
-  sweep line whose candidate pairs provably include every pair the tolerance-based crossing
-  test could accept (segments within 2e-6 plus rounding of each other): a Bentley-Ottmann style
-  sweep over fattened segments, with the adjacency exceptions of the walk. It is the next step,
-  not done yet. The walk of regularize and outerHull asks the same queries, so it inherits the
-  gap: 19x and 11x faster than GEOS MakeValid on `star-x` already, 7x on `blob-x`, and only at
-  par with Clipper's union, which is a sweep.
+  a uniform grid over the segment boxes. Where few segments share a cell (`blob` up to 16384:
+  about 60 ns a segment, 0.74x GEOS) the pairs sharing a cell are asked directly; where cells
+  crowd, every radial segment's box overlaps a fixed share of the others and the grid is
+  quadratic: `star` at every size, and `blob` at 131072, whose noise of 0.02 is then four times
+  the vertex spacing, so that the outline is a dense zigzag (80-90x from 16384 to 131072).
+  Meeting O(n log n) there needs a sweep line whose candidate pairs provably include every pair
+  the tolerance-based crossing test could accept (segments within 2e-6 plus rounding of each
+  other): a Bentley-Ottmann style sweep over fattened segments, with the adjacency exceptions of
+  the walk. It is the next step, not done yet; with it the 10x over GEOS and Boost (which sweep
+  their own way, and test no tolerance) is still out of reach at 16384, where the plain box
+  tests already cost about what their whole sweeps do. The walk of regularize and outerHull
+  asks the same queries, so it inherits the gap: about 19x and 11x faster than GEOS MakeValid
+  on `star-x` already, 7x on `blob-x`, and only at par with Clipper's union, which is a sweep.
 - **Moments (centerOfMass, inertiaMatrix).** The moments are defined as a sum over the triangles
   on the centre of mass, each through its altitude, foot and rotation (an atan2, a sine and a
   cosine per triangle), summed in three passes by size; the results must stay within 4 units in
@@ -671,11 +674,11 @@ written:
 - **inside.** Each query must aim its ray through the first wide gap of the sorted vertex
   directions and test the segments with the crossing tolerance. The direction now takes one
   pass without angles (a division-free quadrant key, angles of the sixteen smallest only) and
-  the ray one pass of cross products, about 2.9x cv::pointPolygonTest's single pass at n >=
-  16384 (5x at 1024, where the fixed cost of a query shows).
-- **gwConvexHull.** Sorting by buckets made it 1.9x faster than cv::convexHull at 16384 and above
-  (2.4x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64 points a
-  plain sort is used.
+  the ray one pass of cross products: 2.4x to 3.1x cv::pointPolygonTest's single pass at n >=
+  16384, about 4x at 1024, where the fixed cost of a query shows.
+- **gwConvexHull.** Sorting by buckets made it 1.5x to 1.9x faster than cv::convexHull at 16384
+  and above (2.3x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
+  points a plain sort is used.
 - **gwEllipseFit.** The fit reports the root-mean-square orthogonal distance of the points to the
   fitted ellipse, an iterative root per point (now about four bracketed Newton steps instead of
   sixty bisections: 13 ms to 4 ms at 16384); cv::fitEllipse computes no such error. The direct

@@ -79,36 +79,62 @@ class SeparationTest {
 };
 
 /// A cheap, exact rejection for the nearest-point walk. A segment is no nearer than its box, so
-/// when the box lies farther from the point than the best distance so far, the segment's own
-/// distance cannot be strictly smaller and the walk may pass it over. The distance it would
-/// compute is to a foot point rounded by a few units in the last place of the largest
-/// coordinate, which could bring it that much below the box's distance: the margin covers 16
-/// such units, and the squares are compared with room for their own rounding. Off (never
-/// rejecting) when a coordinate is not finite or beyond 1e100, and while no distance is known.
+/// when the box lies farther from the point than a distance some segment is known to reach, the
+/// segment cannot be the first of the walk at the least distance, which is the one whose point
+/// the walk returns: the walk may pass it over. Two such distances serve: the best found so far,
+/// and from the start the distance to the nearest vertex (each vertex ends a segment, which is no
+/// farther). The distances the walk computes are to a foot point rounded by a few units in the
+/// last place of the largest coordinate: the margin covers 16 such units, and the squares are
+/// compared with room for their own rounding. Off (never rejecting) when a coordinate is not
+/// finite or beyond 1e100.
 class NearBoxTest {
  public:
-  NearBoxTest(const gkRect& contourBox, const gkVector<2>& pt) : pt_(pt) {
+  NearBoxTest(const std::vector<gkVector<2>>& vertices, const gkRect& contourBox,
+              const gkVector<2>& pt)
+      : pt_(pt) {
     double m = 0;
     for (const double c : {contourBox.ul().x(), contourBox.ul().y(), contourBox.lr().x(),
                            contourBox.lr().y(), pt.x(), pt.y()}) {
       m = std::max(m, std::abs(c));
     }
+    // Two running minima, so that the loop is not one long chain of dependent steps. A NaN
+    // vertex turns the test off: a segment ending there may measure NaN, so the vertex
+    // bound would not hold.
+    double nearest[2] = {std::numeric_limits<double>::infinity(),
+                         std::numeric_limits<double>::infinity()};
+    bool noNaN = true;
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+      const double dx = vertices[i].x() - pt.x();
+      const double dy = vertices[i].y() - pt.y();
+      const double d2 = dx * dx + dy * dy;
+      noNaN = noNaN && d2 == d2;
+      nearest[i & 1] = std::min(nearest[i & 1], d2);
+    }
     // NaN makes the comparison false, so a NaN bound leaves the test off.
-    on_ = m <= 1e100;
+    on_ = m <= 1e100 && noNaN;
     margin_ = 16.0 * std::numeric_limits<double>::epsilon() * m;
+    vertexBound_ = std::sqrt(std::min(nearest[0], nearest[1])) * (1.0 + 1e-12);
   }
 
-  /// False when the segment p1 -> p2 is certainly not nearer than best.
+  /// False when the segment p1 -> p2 is certainly not the walk's answer, best being the least
+  /// distance found so far.
   bool operator()(const gkVector<2>& p1, const gkVector<2>& p2, double best) const {
     if (!on_) {
       return true;
     }
-    const double dx =
-        std::max({std::min(p1.x(), p2.x()) - pt_.x(), pt_.x() - std::max(p1.x(), p2.x()), 0.0});
-    const double dy =
-        std::max({std::min(p1.y(), p2.y()) - pt_.y(), pt_.y() - std::max(p1.y(), p2.y()), 0.0});
-    const double reach = best + margin_;
-    // An infinite best (nothing found yet) never rejects; NaN box corners never reject.
+    const double reach = std::min(best, vertexBound_) + margin_;
+    // Both ends beyond the reach on one side: a box that far on one axis alone. Most segments
+    // of a large contour leave here.
+    const double x1 = p1.x() - pt_.x();
+    const double x2 = p2.x() - pt_.x();
+    const double y1 = p1.y() - pt_.y();
+    const double y2 = p2.y() - pt_.y();
+    if ((x1 > reach && x2 > reach) || (x1 < -reach && x2 < -reach) || (y1 > reach && y2 > reach) ||
+        (y1 < -reach && y2 < -reach)) {
+      return false;
+    }
+    const double dx = std::max({std::min(x1, x2), -std::max(x1, x2), 0.0});
+    const double dy = std::max({std::min(y1, y2), -std::max(y1, y2), 0.0});
     return !(dx * dx + dy * dy > reach * reach * (1.0 + 1e-12));
   }
 
@@ -116,6 +142,7 @@ class NearBoxTest {
   gkVector<2> pt_;
   bool on_ = false;
   double margin_ = 0;
+  double vertexBound_ = 0;
 };
 
 /// True when query spans at least half of box's width or height: a query the segment index
@@ -271,7 +298,7 @@ gkVector<2> gkContour::closestPoint(const gkVector<2>& pt, bool verticesOnly) co
   checkEmptyContour();
   gkVector<2> candidate;
   double best = std::numeric_limits<double>::infinity();
-  const NearBoxTest near(encloseRect(gkXform<2>()), pt);
+  const NearBoxTest near(points_, encloseRect(gkXform<2>()), pt);
   // Degenerate segments take part; strictly smaller keeps the earlier segment of the walk on a
   // tie, so on a closed contour the closing segment wins.
   gk::detail::forEachSegment(points_, isClosed(),

@@ -337,6 +337,17 @@ TEST(ContourProximity, NearestPointAndDistanceMatchAPlainLoopOnRandomContours) {
   }
 }
 
+TEST(ContourProximity, NearestVertexBehindANaNDoesNotBoundTheNearestPoint) {
+  // The last vertex of an open contour is nearest, but the one segment it ends starts at NaN and
+  // measures NaN: the answer is on the far segments, which a bound taken from that vertex would
+  // have passed over.
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  Points pts = {{0, 10}, {10, 10}, {20, 10}, {nan, 0}, {1, 0}};
+  const gkContour c(pts, false, 0);
+  EXPECT_EQ(c.closestPoint({1, 1}, false), plainClosestPoint(pts, false, {1, 1}));
+  EXPECT_EQ(c.closestPoint({1, 1}, false), gkVector<2>(1, 10));
+}
+
 TEST(ContourProximity, NearestPointSkipsFarBoxesYetMatchesThePlainLoopOnLargeContours) {
   // Many segments, so that most boxes lie beyond the best distance found and are passed over:
   // the answer must still be the plain loop's, bit for bit, ties and degenerate segments included.

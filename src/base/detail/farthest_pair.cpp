@@ -9,8 +9,8 @@ namespace gk::detail {
 
 namespace {
 
-/// Below this many vertices the loop is as fast as building a tree.
-constexpr std::size_t kPlainBelow = 64;
+/// Below this many vertices the loop over unordered pairs is faster than building a tree.
+constexpr std::size_t kPlainBelow = 160;
 /// Coordinates beyond this may overflow a squared distance.
 constexpr double kHuge = 1e150;
 /// Sets spread over less than this may underflow a squared distance.
@@ -157,8 +157,44 @@ FarthestPair firstFarthestPairPlain(const std::vector<gkVector<2>>& v) {
   return best;
 }
 
+namespace {
+
+/// The loop for small sets, in half the work: a distance does not depend on the order of its two
+/// vertices ((a - b) is exactly -(b - a)), and within row i the pairs (i, j), j < i, repeat
+/// pairs of earlier rows, so the first pair in row order to reach the greatest distance is the
+/// first pair i < j to reach it. The square root is taken only of a squared distance above the
+/// best one's, the only kind whose root can be strictly greater.
+FarthestPair firstFarthestPairSmall(const std::vector<gkVector<2>>& v) {
+  FarthestPair best;
+  double bestSquared = 0;
+  for (std::size_t i = 0; i < v.size(); ++i) {
+    for (std::size_t j = i + 1; j < v.size(); ++j) {
+      const double dx = v[i].x() - v[j].x();
+      const double dy = v[i].y() - v[j].y();
+      const double squared = dx * dx + dy * dy;
+      if (!(squared > bestSquared)) {
+        continue;
+      }
+      const double d = v[i].distance(v[j]);
+      if (d > best.distance) {
+        best = {true, i, j, d};
+        bestSquared = squared;
+        if (std::isinf(d)) {
+          return best;
+        }
+      }
+    }
+  }
+  return best;
+}
+
+}  // namespace
+
 FarthestPair firstFarthestPair(const std::vector<gkVector<2>>& v) {
-  if (v.size() < kPlainBelow || v.size() > UINT32_MAX) {
+  if (v.size() < kPlainBelow) {
+    return firstFarthestPairSmall(v);
+  }
+  if (v.size() > UINT32_MAX) {
     return firstFarthestPairPlain(v);
   }
   // A vertex with a NaN coordinate is at a NaN distance from everything, which never wins;

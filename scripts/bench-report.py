@@ -674,19 +674,19 @@ written:
 - **inside.** Each query must aim its ray through the first wide gap of the sorted vertex
   directions and test the segments with the crossing tolerance. The direction now takes one
   pass without angles (a division-free quadrant key, angles of the sixteen smallest only) and
-  the ray one pass of cross products: 2.4x to 3.1x cv::pointPolygonTest's single pass at n >=
-  16384, about 4x at 1024, where the fixed cost of a query shows.
-- **gwConvexHull.** Sorting by buckets made it 1.5x to 1.9x faster than cv::convexHull at 16384
-  and above (2.3x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
+  the ray one pass of cross products: about 3x to 3.5x cv::pointPolygonTest's single pass at
+  n >= 16384 and 4x at 1024 (it was 4x to 5x), two passes against its one.
+- **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
+  16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
   points a plain sort is used.
 - **gwEllipseFit.** The fit reports the root-mean-square orthogonal distance of the points to the
   fitted ellipse, an iterative root per point (now about four bracketed Newton steps instead of
   sixty bisections: 13 ms to 4 ms at 16384); cv::fitEllipse computes no such error. The direct
   least-squares fit is also about 12% less accurate on the noisy set than OpenCV's, whose fit
   is refined; a geometric refinement would close that at further cost.
-- **encloseCircle / diameter at 64 vertices,** and **closestPoint at 64:** the fixed cost of a
-  call (building the farthest-pair tree; the walk's set-up) dominates; from 1024 on both are
-  faster than or within the target of their peers.
+- **closestPoint / distToPoint at 64 vertices** (2.0x to 2.5x Boost's distance): the fixed cost
+  of a call (the cached box's lookup, the pass that bounds the walk by the nearest vertex)
+  shows; from 1024 on they run at 1.0x to 1.6x Boost's time, and 2x faster at 131072.
 - **Memory.** The segment caches (segment, line, box and the grid index: about 120 bytes a
   segment) and the vertex grid (a map of cells to vertex lists, one node per occupied cell) are
   part of the contour as defined, and at small n the fixed parts add more per vertex. The region

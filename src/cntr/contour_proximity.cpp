@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -15,6 +16,23 @@
 
 namespace {
 
+/// The largest magnitude among a box's corners and more values, or NaN when any of them is NaN,
+/// so that a bound on it (m <= limit) fails for NaN as it does for infinity. The filters below
+/// size their rounding margins by it and switch themselves off when it is not bounded.
+double largestMagnitude(const gkRect& box, std::initializer_list<double> more) {
+  double m = 0;
+  bool nan = false;
+  for (const double c : {box.ul().x(), box.ul().y(), box.lr().x(), box.lr().y()}) {
+    m = std::max(m, std::abs(c));
+    nan = nan || std::isnan(c);
+  }
+  for (const double c : more) {
+    m = std::max(m, std::abs(c));
+    nan = nan || std::isnan(c);
+  }
+  return nan ? std::numeric_limits<double>::quiet_NaN() : m;
+}
+
 /// A cheap, exact rejection for segment queries. A crossing is kept only when the point found is
 /// within gkTolProximity of both segments, which needs the segments within 2 gkTolProximity of
 /// each other, give or take the rounding of the distances (a few units in the last place of
@@ -25,13 +43,8 @@ namespace {
 class SeparationTest {
  public:
   SeparationTest(const gkRect& contourBox, const gkLineSeg& query) : query_(query) {
-    double m = 0;
-    for (const double c :
-         {contourBox.ul().x(), contourBox.ul().y(), contourBox.lr().x(), contourBox.lr().y(),
-          query.p1().x(), query.p1().y(), query.p2().x(), query.p2().y()}) {
-      m = std::max(m, std::abs(c));
-    }
-    // NaN makes the comparison false, so a NaN bound leaves the test off.
+    const double m = largestMagnitude(
+        contourBox, {query.p1().x(), query.p1().y(), query.p2().x(), query.p2().y()});
     on_ = m <= 1e100;
     reach_ = 2.0 * gkTolProximity + 64.0 * std::numeric_limits<double>::epsilon() * m;
     // The query's side of the test is the same for every segment: worked out once.
@@ -92,11 +105,7 @@ class NearBoxTest {
   NearBoxTest(const std::vector<gkVector<2>>& vertices, const gkRect& contourBox,
               const gkVector<2>& pt)
       : pt_(pt) {
-    double m = 0;
-    for (const double c : {contourBox.ul().x(), contourBox.ul().y(), contourBox.lr().x(),
-                           contourBox.lr().y(), pt.x(), pt.y()}) {
-      m = std::max(m, std::abs(c));
-    }
+    const double m = largestMagnitude(contourBox, {pt.x(), pt.y()});
     // Two running minima, so that the loop is not one long chain of dependent steps. A NaN
     // vertex turns the test off: a segment ending there may measure NaN, so the vertex
     // bound would not hold.
@@ -110,7 +119,6 @@ class NearBoxTest {
       noNaN = noNaN && d2 == d2;
       nearest[i & 1] = std::min(nearest[i & 1], d2);
     }
-    // NaN makes the comparison false, so a NaN bound leaves the test off.
     on_ = m <= 1e100 && noNaN;
     margin_ = 16.0 * std::numeric_limits<double>::epsilon() * m;
     vertexBound_ = std::sqrt(std::min(nearest[0], nearest[1])) * (1.0 + 1e-12);
@@ -457,12 +465,7 @@ bool gkContour::isSelfIntersecting() const {
   // without ends drops them: they are skipped untested. That needs the squared length of a
   // segment finite (an end then measures exactly 0), which holds within the separation test's
   // bound on the coordinates.
-  double m = 0;
-  for (const double c :
-       {contourBox.ul().x(), contourBox.ul().y(), contourBox.lr().x(), contourBox.lr().y()}) {
-    m = std::max(m, std::abs(c));
-  }
-  const bool skipNeighbours = m <= 1e100;
+  const bool skipNeighbours = largestMagnitude(contourBox, {}) <= 1e100;
   const auto neighbours = [count, closed](std::size_t a, std::size_t b) {
     return b == a + 1 || (closed && a == 0 && b + 1 == count);
   };

@@ -1245,3 +1245,52 @@ TEST(ContourIndexedQueries, NearTouchesAroundTheProximityToleranceMatchThePlainS
   // Spikes that stop short within the tolerance are crossings here.
   EXPECT_GT(near, 0);
 }
+
+TEST(ContourIndexedQueries, SelfIntersectionOfCrowdedOutlinesMatchesThePlainScan) {
+  // Long spikes crowd the cells of the segment index, so self-intersection first looks for an
+  // early crossing, then lets a plane sweep show that no two segments come close enough to
+  // cross, and queries every segment only when the sweep cannot. Stars plain, with a swap,
+  // with a tip moved to distances around the tolerance from a segment two along, and with a
+  // vertex repeated further on, open and closed, must all give the plain answer.
+  gk::test::DegenerateShapes gen(77);
+  int crowded = 0;
+  int crossing = 0;
+  const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
+  for (int shape = 0; shape < 48; ++shape) {
+    const std::size_t n = 400 + gen.pick(300);
+    Points v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double angle = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+      const double radius = 100.0 * (1.0 + 3.0 * gen.real(1.0));
+      v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
+    }
+    const std::size_t i = 1 + gen.pick(n - 6);
+    switch (shape % 4) {
+      case 1:
+        std::swap(v[i], v[i + 1]);
+        break;
+      case 2: {
+        const gkVector<2> a = v[i + 2];
+        const gkVector<2> b = v[i + 3];
+        const gkVector<2> along = b - a;
+        const gkVector<2> normal = gkVector<2>(-along.y(), along.x()) / along.len();
+        const double side = gen.pick(2) == 0 ? 1.0 : -1.0;
+        v[i] = (a + b) / 2.0 + normal * (side * distances[gen.pick(7)]);
+        break;
+      }
+      case 3:
+        v[i] = v[i + 2 + gen.pick(3)];
+        break;
+      default:
+        break;
+    }
+    const gkContour c(v, shape % 8 < 6, 0);
+    const bool expected = gk::test::PlainContour(c).plainIsSelfIntersecting();
+    ASSERT_EQ(c.isSelfIntersecting(), expected) << "shape " << shape;
+    crowded += gkContourTestAccess::indexPairsPerSegment(c) > 32.0 ? 1 : 0;
+    crossing += expected ? 1 : 0;
+  }
+  EXPECT_GT(crowded, 36);
+  EXPECT_GT(crossing, 12);
+  EXPECT_LT(crossing, 36);
+}

@@ -2,6 +2,8 @@
 
 #include <gk/cntr/contour.h>
 
+#include "base/detail/box_index.h"
+
 /// Reads and seeds a contour's private caches, so tests can tell a cached answer from a fresh
 /// one. The contour names this class as its friend; only tests define it.
 class gkContourTestAccess {
@@ -21,6 +23,13 @@ class gkContourTestAccess {
   static bool hullValid(const gkContour& c) { return c.hullValid_; }
   static const gkRegion* hull(const gkContour& c) { return c.hull_.get(); }
   static double medianFeatureSize(const gkContour& c) { return c.medianFeatureSize(); }
+  /// Pairs of segments per segment sharing a cell of the segment index (0 before it is built):
+  /// how crowded the index is, which decides how self-intersection searches.
+  static double indexPairsPerSegment(const gkContour& c) {
+    return c.segIndex_ ? static_cast<double>(c.segIndex_->pairCount()) /
+                             static_cast<double>(c.lineSegs().size())
+                       : 0.0;
+  }
 
   /// Marks every plain cache valid with recognisable values, as queries would.
   static void fillPlainCaches(const gkContour& c) {

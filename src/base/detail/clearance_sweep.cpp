@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <iterator>
 #include <limits>
@@ -71,6 +72,55 @@ double largest(std::initializer_list<double> values) {
   return m;
 }
 
+/// An unsigned key that orders finite doubles as < does, -0 and +0 alike.
+std::uint64_t orderKey(double x) {
+  x += 0.0;  // -0 becomes +0
+  std::uint64_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  return (bits >> 63) != 0 ? ~bits : bits | (std::uint64_t{1} << 63);
+}
+
+struct KeyedVertex {
+  std::uint64_t key;
+  std::uint32_t vertex;
+};
+
+/// Sorts by key, stably. A least-significant-digit radix sort: a contour's coordinates rise and
+/// fall in long runs, a pattern on which comparison sorts with median-of-three pivots degrade.
+void sortByKey(std::vector<KeyedVertex>& items) {
+  if (items.size() < 1024) {
+    std::stable_sort(items.begin(), items.end(),
+                     [](const KeyedVertex& a, const KeyedVertex& b) { return a.key < b.key; });
+    return;
+  }
+  constexpr int kDigitBits = 16;
+  constexpr std::size_t kBuckets = std::size_t{1} << kDigitBits;
+  std::vector<KeyedVertex> other(items.size());
+  std::vector<std::uint32_t> count(kBuckets);
+  for (int shift = 0; shift < 64; shift += kDigitBits) {
+    const auto digit = [shift](const KeyedVertex& v) {
+      return static_cast<std::size_t>((v.key >> shift) & (kBuckets - 1));
+    };
+    std::fill(count.begin(), count.end(), 0);
+    for (const KeyedVertex& v : items) {
+      ++count[digit(v)];
+    }
+    if (count[digit(items.front())] == items.size()) {
+      continue;  // one digit throughout: nothing to move
+    }
+    std::uint32_t start = 0;
+    for (std::uint32_t& c : count) {
+      const std::uint32_t here = c;
+      c = start;
+      start += here;
+    }
+    for (const KeyedVertex& v : items) {
+      other[count[digit(v)]++] = v;
+    }
+    items.swap(other);
+  }
+}
+
 /// One sweep across the sweep x (the points' x, or their y when transposed), segments in the
 /// status ordered by their sweep y at the sweep position. Segments with both ends at the same
 /// sweep x are not in the status: they are measured against it where they stand.
@@ -97,24 +147,33 @@ class Sweep {
     }
   }
 
-  /// The vertices in sweep order: by sweep x, then sweep y, then number. Sorted with the sweep
-  /// x beside each number, so that the sort does not chase the vertices.
+  /// The vertices in sweep order: by sweep x, then sweep y, then number.
   std::vector<std::uint32_t> order() const {
-    std::vector<std::pair<double, std::uint32_t>> keyed(n_);
+    std::vector<KeyedVertex> keyed(n_);
     for (std::uint32_t i = 0; i < n_; ++i) {
-      keyed[i] = {at(i).x, i};
+      keyed[i] = {orderKey(at(i).x), i};
     }
-    std::sort(keyed.begin(), keyed.end(), [this](const auto& a, const auto& b) {
-      if (a.first != b.first) {
-        return a.first < b.first;
+    sortByKey(keyed);
+    // Equal sweep x: by sweep y, then number. Such runs are short.
+    for (std::size_t first = 0; first < keyed.size();) {
+      std::size_t last = first + 1;
+      while (last < keyed.size() && keyed[last].key == keyed[first].key) {
+        ++last;
       }
-      const double ya = at(a.second).y;
-      const double yb = at(b.second).y;
-      return ya < yb || (ya == yb && a.second < b.second);
-    });
+      if (last - first > 1) {
+        std::sort(keyed.begin() + static_cast<std::ptrdiff_t>(first),
+                  keyed.begin() + static_cast<std::ptrdiff_t>(last),
+                  [this](const KeyedVertex& a, const KeyedVertex& b) {
+                    const double ya = at(a.vertex).y;
+                    const double yb = at(b.vertex).y;
+                    return ya < yb || (ya == yb && a.vertex < b.vertex);
+                  });
+      }
+      first = last;
+    }
     std::vector<std::uint32_t> order(n_);
     for (std::uint32_t i = 0; i < n_; ++i) {
-      order[i] = keyed[i].second;
+      order[i] = keyed[i].vertex;
     }
     return order;
   }

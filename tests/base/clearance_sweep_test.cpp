@@ -435,4 +435,29 @@ TEST(ClearanceSweep, IsSoundOnCombsOfNearlyParallelTeeth) {
   EXPECT_GT(certified, 40);
 }
 
+TEST(ClearanceSweep, OrdersLargeOutlinesOnEitherSideOfZeroCorrectly) {
+  // Thousands of vertices go through the radix sort of the coordinates; negative, positive and
+  // zero coordinates (+0 and -0) and long columns of equal x must come out in order, or the
+  // answers below go wrong.
+  std::mt19937_64 rng(8);
+  Points outline = blob(4000, rng);
+  EXPECT_TRUE(segmentsKeepClear(outline, true, kReach));
+  std::swap(outline[1000], outline[3000]);  // chords across the whole outline
+  std::pair<std::size_t, std::size_t> pair;
+  EXPECT_FALSE(segmentsKeepClear(outline, true, kReach, &pair));
+  EXPECT_NE(pair.first, kNoSegment);
+  Points sky = scaled(skyline(1500, rng), 1.0, gkVector<2>(-750, -3));
+  int negatedZeros = 0;
+  for (gkVector<2>& p : sky) {
+    if (p.x() == 0.0 && negatedZeros++ == 0) {
+      p = gkVector<2>(-0.0, p.y());  // one end of the vertical edge at x = 0
+    }
+  }
+  ASSERT_EQ(negatedZeros, 2);
+  EXPECT_TRUE(segmentsKeepClear(sky, true, kReach));
+  EXPECT_TRUE(segmentsKeepClear(transposed(sky), true, kReach));
+  sky[700] = gkVector<2>(sky[700].x(), -3);  // a column top on the base line
+  EXPECT_FALSE(segmentsKeepClear(sky, true, kReach));
+}
+
 }  // namespace

@@ -230,13 +230,18 @@ void gatherCandidates(const SegmentQuery& query, const std::vector<gkVector<2>>&
   index.candidates(query.box(), out);
 }
 
-/// Self-intersection asks pairs of segments that share a cell of the segment index rather than
-/// one query per segment while there are at most this many such pairs per segment.
-constexpr std::size_t kPairsPerSegment = 16;
+/// Self-intersection asks the pairs of segments listed together in a cell of the segment index,
+/// rather than one query per segment, while the index lists at most this many pairs per
+/// segment (listing one costs a nanosecond or two)...
+constexpr std::size_t kListedPairsPerSegment = 64;
 
-/// Beyond this many pairs per segment sharing a cell, the queries would cost more than a plane
-/// sweep (about 20 ns a pair against about 600 ns a vertex, measured): self-intersection tries
-/// the sweep first.
+/// ...and while it has tested no more than this many pairs per segment whose boxes overlap
+/// (each about as costly as a query's test of one candidate).
+constexpr std::size_t kTestedPairsPerSegment = 2;
+
+/// Beyond this many listed pairs per segment, the queries would cost more than a plane sweep
+/// (about 20 ns a pair against about 500 ns a vertex, measured): self-intersection tries the
+/// sweep first.
 constexpr std::size_t kSweepPairsPerSegment = 32;
 
 /// Orders the crossings found along a query segment as an exchange sort does: position i takes,
@@ -482,16 +487,27 @@ bool gkContour::isSelfIntersecting() const {
     return validLine_[k] && contourBox.overlaps(query.box()) &&
            query.crosses(lineSegs_[j], lines_[j], segRects_[j], validLine_[j], p);
   };
-  if (segIndex_->pairCount() <= kPairsPerSegment * count) {
+  if (segIndex_->pairCount() <= kListedPairsPerSegment * count) {
     // Few boxes share a cell (a smooth outline): ask the pairs, each query set up on demand.
-    selfIntersecting_ = segIndex_->anyPair([&](std::size_t a, std::size_t b) {
+    // Listing a pair costs little, testing one that overlaps much more; when too many overlap
+    // (dense spikes), the search is abandoned for the ones below.
+    std::size_t tested = 0;
+    bool abandoned = false;
+    const bool found = segIndex_->anyPair([&](std::size_t a, std::size_t b) {
       if (!segRects_[a].overlaps(segRects_[b]) || (skipNeighbours && neighbours(a, b))) {
         return false;
       }
+      if (++tested > kTestedPairsPerSegment * count) {
+        abandoned = true;
+        return true;
+      }
       return finds(a, b) || finds(b, a);
     });
-    selfIntersectingValid_ = true;
-    return selfIntersecting_;
+    if (!abandoned) {
+      selfIntersecting_ = found;
+      selfIntersectingValid_ = true;
+      return selfIntersecting_;
+    }
   }
   // Crowded cells (dense spikes, noise finer than the vertex spacing), where the pairs sharing
   // a cell grow with the square of the crowding. One query per segment, set up once for all its

@@ -1246,6 +1246,42 @@ TEST(ContourIndexedQueries, NearTouchesAroundTheProximityToleranceMatchThePlainS
   EXPECT_GT(near, 0);
 }
 
+TEST(ContourIndexedQueries, SelfIntersectionOfCloselyStackedRowsMatchesThePlainScan) {
+  // A serpentine of long rows of short segments, the rows much closer together than the
+  // segments are long: each cell of the segment index lists many segments, of many rows, while
+  // few of their boxes overlap, so self-intersection asks the listed pairs. A vertex pushed
+  // toward the next row, to distances around the tolerance and through it, must give the plain
+  // answer, open and closed.
+  int crossing = 0;
+  double fewestListed = 1e9;
+  double mostListed = 0;
+  // The gap left between the pushed vertex and the next row; negative goes through it.
+  for (const double gap : {0.02, 0.01, 2.1e-6, 1.1e-6, 0.9e-6, -1e-3}) {
+    for (const bool closed : {false, true}) {
+      Points v;
+      const double rowGap = 0.02;
+      for (int row = 0; row < 30; ++row) {
+        for (int k = 0; k <= 50; ++k) {
+          v.emplace_back(row % 2 == 0 ? k : 50 - k, rowGap * row);
+        }
+      }
+      // Vertex 20 of row 10 (which runs right to left) goes up toward row 11.
+      gkVector<2>& pushed = v[10 * 51 + 20];
+      pushed = gkVector<2>(pushed.x(), pushed.y() + rowGap - gap);
+      const gkContour c(v, closed, 0);
+      const bool expected = gk::test::PlainContour(c).plainIsSelfIntersecting();
+      EXPECT_EQ(c.isSelfIntersecting(), expected) << gap << " " << closed;
+      crossing += expected ? 1 : 0;
+      fewestListed = std::min(fewestListed, gkContourTestAccess::indexPairsPerSegment(c));
+      mostListed = std::max(mostListed, gkContourTestAccess::indexPairsPerSegment(c));
+    }
+  }
+  EXPECT_GT(fewestListed, 16.0);
+  EXPECT_LT(mostListed, 64.0);
+  EXPECT_GT(crossing, 2);
+  EXPECT_LT(crossing, 10);
+}
+
 TEST(ContourIndexedQueries, SelfIntersectionOfCrowdedOutlinesMatchesThePlainScan) {
   // Long spikes crowd the cells of the segment index, so self-intersection first looks for an
   // early crossing, then lets a plane sweep show that no two segments come close enough to

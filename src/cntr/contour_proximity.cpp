@@ -493,7 +493,7 @@ bool gkContour::isSelfIntersecting() const {
     // (dense spikes), the search is abandoned for the ones below.
     std::size_t tested = 0;
     bool abandoned = false;
-    const bool found = segIndex_->anyPair([&](std::size_t a, std::size_t b) {
+    const bool found = segIndex_->anyPair(segRects_, [&](std::size_t a, std::size_t b) {
       if (!segRects_[a].overlaps(segRects_[b]) || (skipNeighbours && neighbours(a, b))) {
         return false;
       }

@@ -141,3 +141,58 @@ TEST(BoxIndex, AnEmptyListGivesNoCandidates) {
   index.candidates(gkRect({0, 0}, {1, 1}), candidates);
   EXPECT_TRUE(candidates.empty());
 }
+
+TEST(BoxIndex, PairsOfferEveryOverlappingPairOnceOrMoreInOrder) {
+  // Random boxes with awkward coordinates, and crowded ones: many small boxes along a line in a
+  // large area, so that cells hold far more boxes than they pair plainly.
+  BoxSource source(5);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  for (int trial = 0; trial < 200; ++trial) {
+    std::vector<gkRect> boxes(trial % 2 == 0 ? 2 + source.rng_() % 300 : 300 + source.rng_() % 300);
+    std::vector<bool> include(boxes.size());
+    for (std::size_t k = 0; k < boxes.size(); ++k) {
+      if (trial % 2 == 0) {
+        boxes[k] = source.box();
+      } else {
+        const double x = 100.0 * static_cast<double>(k) / static_cast<double>(boxes.size());
+        boxes[k] = gkRect({x + u(source.rng_), 50.0 + 3.0 * u(source.rng_)},
+                          {0.5 * u(source.rng_), 0.5 * u(source.rng_)});
+      }
+      include[k] = source.rng_() % 7 != 0;
+    }
+    if (trial % 2 == 1) {
+      boxes.push_back(gkRect({0, 0}, {0, 0}));  // a far corner: the area is large
+      boxes.push_back(gkRect({100, 100}, {0, 0}));
+      include.resize(boxes.size(), true);
+    }
+    const BoxIndex index(boxes, include);
+    std::vector<std::pair<std::size_t, std::size_t>> offered;
+    std::size_t calls = 0;
+    EXPECT_FALSE(index.anyPair(boxes, [&](std::size_t a, std::size_t b) {
+      EXPECT_LT(a, b);
+      EXPECT_TRUE(include[a] && include[b]);
+      offered.emplace_back(a, b);
+      ++calls;
+      return false;
+    }));
+    EXPECT_LE(calls, index.pairCount());
+    std::sort(offered.begin(), offered.end());
+    for (std::size_t a = 0; a < boxes.size(); ++a) {
+      for (std::size_t b = a + 1; b < boxes.size(); ++b) {
+        if (include[a] && include[b] && boxes[a].overlaps(boxes[b])) {
+          ASSERT_TRUE(std::binary_search(offered.begin(), offered.end(), std::make_pair(a, b)))
+              << "trial " << trial << " missed " << a << ", " << b;
+        }
+      }
+    }
+  }
+}
+
+TEST(BoxIndex, PairsStopAtTheFirstCallThatSaysSo) {
+  const std::vector<gkRect> boxes{gkRect({0, 0}, {1, 1}), gkRect({0.5, 0.5}, {1, 1}),
+                                  gkRect({0.7, 0.7}, {1, 1})};
+  const BoxIndex index(boxes, {});
+  int calls = 0;
+  EXPECT_TRUE(index.anyPair(boxes, [&calls](std::size_t, std::size_t) { return ++calls == 1; }));
+  EXPECT_EQ(calls, 1);
+}

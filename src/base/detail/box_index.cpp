@@ -185,6 +185,19 @@ void BoxIndex::candidates(const gkRect& query, std::vector<std::size_t>& out) co
   std::sort(out.begin(), out.end());
 }
 
+void BoxIndex::sortedSpans(const std::vector<gkRect>& boxes, std::size_t begin, std::size_t end,
+                           std::vector<Span>& spans) const {
+  spans.clear();
+  for (std::size_t e = begin; e < end; ++e) {
+    const gkRect& b = boxes[entries_[e]];
+    // Corners in either order, as the cell mapping takes them; indexed boxes have no NaN.
+    spans.push_back(
+        {std::min(b.ul().x(), b.lr().x()), std::max(b.ul().x(), b.lr().x()), entries_[e]});
+  }
+  std::sort(spans.begin(), spans.end(),
+            [](const Span& a, const Span& b) { return a.left < b.left; });
+}
+
 std::size_t BoxIndex::bytes() const {
   return sizeof(*this) + cellStart_.capacity() * sizeof(std::uint32_t) +
          entries_.capacity() * sizeof(std::uint32_t) + wide_.capacity() * sizeof(std::uint32_t) +

@@ -27,20 +27,37 @@ class BoxIndex {
   /// without repeats.
   void candidates(const gkRect& query, std::vector<std::size_t>& out) const;
 
-  /// Calls f(a, b), a < b, for the pairs of indexed boxes that may overlap: every pair listed in
-  /// a common cell and every pair with a wide box. Every overlapping pair comes at least once
-  /// (the cell of the low corner of their overlap lists both); some come more than once, and
-  /// some do not overlap. Stops at the first call that returns true, and returns whether one
-  /// did.
+  /// Calls f(a, b), a < b, for the pairs of indexed boxes that may overlap: the pairs listed in
+  /// a common cell whose x ranges meet, and every pair with a wide box. Every overlapping pair
+  /// comes at least once (the cell of the low corner of their overlap lists both); some come
+  /// more than once, and some do not overlap. Stops at the first call that returns true, and
+  /// returns whether one did. boxes are the boxes the index was built on.
   template <typename F>
-  bool anyPair(F&& f) const {
+  bool anyPair(const std::vector<gkRect>& boxes, F&& f) const {
     const std::size_t cells = cellStart_.empty() ? 0 : cellStart_.size() - 1;
+    std::vector<Span> spans;
     for (std::size_t cell = 0; cell < cells; ++cell) {
+      const std::size_t begin = cellStart_[cell];
       const std::size_t end = cellStart_[cell + 1];
-      // A cell lists its boxes in increasing number.
-      for (std::size_t e = cellStart_[cell]; e < end; ++e) {
-        for (std::size_t g = e + 1; g < end; ++g) {
-          if (f(std::size_t{entries_[e]}, std::size_t{entries_[g]})) {
+      if (end - begin <= kPlainCell) {
+        // A cell lists its boxes in increasing number.
+        for (std::size_t e = begin; e < end; ++e) {
+          for (std::size_t g = e + 1; g < end; ++g) {
+            if (f(std::size_t{entries_[e]}, std::size_t{entries_[g]})) {
+              return true;
+            }
+          }
+        }
+        continue;
+      }
+      // A crowded cell (many boxes along a fine outline): sorted by the left of each box, a
+      // box need only be paired with the ones that start before its right side.
+      sortedSpans(boxes, begin, end, spans);
+      for (std::size_t i = 0; i < spans.size(); ++i) {
+        for (std::size_t j = i + 1; j < spans.size() && !(spans[j].left > spans[i].right); ++j) {
+          const std::size_t a = spans[i].box;
+          const std::size_t b = spans[j].box;
+          if (f(std::min(a, b), std::max(a, b))) {
             return true;
           }
         }
@@ -70,6 +87,20 @@ class BoxIndex {
   std::size_t bytes() const;
 
  private:
+  /// A cell with at most this many boxes pairs them all; a larger one sorts them first.
+  static constexpr std::size_t kPlainCell = 16;
+
+  /// A box's extent along x, for pairing the boxes of a crowded cell.
+  struct Span {
+    double left;
+    double right;
+    std::uint32_t box;
+  };
+
+  /// Replaces spans by the x extents of the boxes entries_[begin .. end), ordered by left side.
+  void sortedSpans(const std::vector<gkRect>& boxes, std::size_t begin, std::size_t end,
+                   std::vector<Span>& spans) const;
+
   /// The column (or row) of coordinate c: monotone non-decreasing in c, clamped to [0, count).
   static std::size_t cellOf(double c, double origin, double inverseSize, std::size_t count);
 

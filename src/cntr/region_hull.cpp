@@ -250,14 +250,21 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   // A walk that has not come back after this many steps never will: every step ends on a
   // vertex or on a crossing, and a walk that returns visits each of those at most a few times
   // (a crossing twice, once per branch). Counting the crossings with ends included over every
-  // segment over-counts them, which only makes the bound safer.
-  std::size_t crossings = 0;
-  for (std::size_t k = 0; k < lineSegs().size(); ++k) {
-    if (validLine()[k]) {
-      crossings += gkContour::intersections(gkLineSeg(lineSegs()[k]), true).size();
+  // segment over-counts them, which only makes the bound safer. The count costs a query per
+  // segment, and most walks return long before the bound without it (4 n + 4) comes into
+  // question, so it is counted only when a walk gets that far: the walk itself is the same.
+  std::size_t maxSteps = 4 * n + 4;
+  bool crossingsCounted = false;
+  const auto countCrossings = [&] {
+    std::size_t crossings = 0;
+    for (std::size_t k = 0; k < lineSegs().size(); ++k) {
+      if (validLine()[k]) {
+        crossings += gkContour::intersections(gkLineSeg(lineSegs()[k]), true).size();
+      }
     }
-  }
-  const std::size_t maxSteps = 4 * (n + crossings) + 4;
+    maxSteps = 4 * (n + crossings) + 4;
+    crossingsCounted = true;
+  };
 
   Points walked;
   const gkVector<2> home = v[static_cast<std::size_t>(start)];
@@ -268,6 +275,9 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   for (std::size_t step = 0;; ++step) {
     if (step > 0 && p == home) {
       break;
+    }
+    if (step >= maxSteps && !crossingsCounted) {
+      countCrossings();
     }
     if (step >= maxSteps) {
       throw gkContourDefs::BadParams(L"invalid contour");

@@ -295,6 +295,14 @@ void orderAlongSegment(std::vector<double>& keys, std::vector<gkVector<2>>& poin
 
 }  // namespace
 
+const gk::detail::BoxIndex& gkContour::segmentIndex() const {
+  computeLineSegs();
+  if (!segIndex_) {
+    segIndex_ = std::make_shared<const gk::detail::BoxIndex>(segRects_, validLine_);
+  }
+  return *segIndex_;
+}
+
 long gkContour::closestVertexIndex(const gkVector<2>& pt) const {
   checkEmptyContour();
   double best = std::numeric_limits<double>::infinity();
@@ -413,12 +421,9 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
   if (!contourBox.overlaps(query.box())) {
     return {};
   }
-  computeLineSegs();
-  if (!segIndex_) {
-    segIndex_ = std::make_shared<const gk::detail::BoxIndex>(segRects_, validLine_);
-  }
+  const gk::detail::BoxIndex& segIndex = segmentIndex();
   std::vector<std::size_t> candidates;
-  gatherCandidates(query, points_, isClosed(), contourBox, *segIndex_, candidates);
+  gatherCandidates(query, points_, isClosed(), contourBox, segIndex, candidates);
 
   std::vector<gkVector<2>> points;
   std::vector<double> keys;
@@ -465,10 +470,7 @@ bool gkContour::isSelfIntersecting() const {
   // first test after validity is that the two boxes overlap, so only pairs whose boxes may
   // overlap need asking, in both roles: the segment index hands over each such pair (some more
   // than once) without a query per segment.
-  computeLineSegs();
-  if (!segIndex_) {
-    segIndex_ = std::make_shared<const gk::detail::BoxIndex>(segRects_, validLine_);
-  }
+  const gk::detail::BoxIndex& segIndex = segmentIndex();
   const gkRect contourBox = encloseRect(gkXform<2>());
   const std::size_t count = lineSegs_.size();
   const bool closed = isClosed();
@@ -487,13 +489,13 @@ bool gkContour::isSelfIntersecting() const {
     return validLine_[k] && contourBox.overlaps(query.box()) &&
            query.crosses(lineSegs_[j], lines_[j], segRects_[j], validLine_[j], p);
   };
-  if (segIndex_->pairCount() <= kListedPairsPerSegment * count) {
+  if (segIndex.pairCount() <= kListedPairsPerSegment * count) {
     // Few boxes share a cell (a smooth outline): ask the pairs, each query set up on demand.
     // Listing a pair costs little, testing one that overlaps much more; when too many overlap
     // (dense spikes), the search is abandoned for the ones below.
     std::size_t tested = 0;
     bool abandoned = false;
-    const bool found = segIndex_->anyPair(segRects_, [&](std::size_t a, std::size_t b) {
+    const bool found = segIndex.anyPair(segRects_, [&](std::size_t a, std::size_t b) {
       if (!segRects_[a].overlaps(segRects_[b]) || (skipNeighbours && neighbours(a, b))) {
         return false;
       }
@@ -528,7 +530,7 @@ bool gkContour::isSelfIntersecting() const {
       if (!contourBox.overlaps(query.box())) {
         continue;
       }
-      gatherCandidates(query, points_, closed, contourBox, *segIndex_, candidates);
+      gatherCandidates(query, points_, closed, contourBox, segIndex, candidates);
       tested += candidates.size();
       for (const std::size_t j : candidates) {
         if (j == k || (skipNeighbours && neighbours(std::min(j, k), std::max(j, k)))) {
@@ -543,7 +545,7 @@ bool gkContour::isSelfIntersecting() const {
     }
     return count;
   };
-  if (segIndex_->pairCount() <= kSweepPairsPerSegment * count) {
+  if (segIndex.pairCount() <= kSweepPairsPerSegment * count) {
     queryFrom(0, std::numeric_limits<std::size_t>::max());
     selfIntersectingValid_ = true;
     return selfIntersecting_;

@@ -227,6 +227,9 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   const std::vector<gkRect>& segRects() const;
   /// Fills the four segment caches together in one pass, unless they are filled.
   void computeLineSegs() const;
+  /// The index over the boxes of the valid segments, built (with the segment caches) on first
+  /// use and kept with them.
+  const gk::detail::BoxIndex& segmentIndex() const;
 
   /// The crossings with seg (as the public form) and, in segIndices, the segment number each was
   /// found on.

@@ -12,6 +12,7 @@
 
 #include "base/detail/box_index.h"
 #include "base/detail/grid_cell.h"
+#include "base/detail/sequence_forest.h"
 
 namespace {
 
@@ -117,18 +118,18 @@ std::vector<Points> splitAtRepeats(const Points& walked) {
     }
   }
 
-  std::vector<std::vector<std::uint32_t>> loops(1, std::vector<std::uint32_t>(n));
-  std::vector<std::size_t> loopOf(n, 0);
-  std::vector<std::size_t> placeOf(n);
+  // Loops are sequences of walked vertex numbers in a forest that cuts in O(log n); a loop's
+  // number is the tag of its root, a vertex's place in its loop is its place in the sequence.
+  using Forest = gk::detail::SequenceForest;
+  Forest forest(n);
+  std::vector<Forest::Node> order(n);
   for (std::size_t w = 0; w < n; ++w) {
-    loops[0][w] = static_cast<std::uint32_t>(w);
-    placeOf[w] = w;
+    order[w] = static_cast<Forest::Node>(w);
   }
-  const auto place = [&](std::size_t r) {
-    for (std::size_t i = 0; i < loops[r].size(); ++i) {
-      loopOf[loops[r][i]] = r;
-      placeOf[loops[r][i]] = i;
-    }
+  std::vector<Forest::Node> loops{forest.build(order)};
+  forest.tag(loops[0]) = 0;
+  const auto loopOf = [&forest](std::size_t w) {
+    return forest.tag(forest.root(static_cast<Forest::Node>(w)));
   };
 
   std::size_t resume = 0;
@@ -136,44 +137,50 @@ std::vector<Points> splitAtRepeats(const Points& walked) {
     split = false;
     for (std::size_t r = resume; r < loops.size() && !split; ++r) {
       resume = r;
-      const std::size_t m = loops[r].size();
+      const std::size_t m = forest.size(loops[r]);
       if (m < 2) {
         throw gkContourDefs::EmptyContour();  // what asking a one-vertex loop throws
       }
       for (std::size_t j = 0; j < m && !split; ++j) {
         const Near* first = nullptr;
-        for (const Near& candidate : near[loops[r][j]]) {
-          if (loopOf[candidate.vertex] != r) {
+        std::size_t firstPlace = 0;
+        for (const Near& candidate : near[forest.at(loops[r], j)]) {
+          if (loopOf(candidate.vertex) != r) {
             continue;
           }
+          const std::size_t place = forest.place(candidate.vertex);
           if (!first || candidate.column < first->column ||
               (candidate.column == first->column &&
                (candidate.row < first->row ||
-                (candidate.row == first->row &&
-                 placeOf[candidate.vertex] < placeOf[first->vertex])))) {
+                (candidate.row == first->row && place < firstPlace)))) {
             first = &candidate;
+            firstPlace = place;
           }
         }
         if (!first) {
           continue;
         }
-        std::size_t q = placeOf[first->vertex];
-        if (q < j) {
-          q += m;
+        // The loop keeps places j .. q - 1 and the new last loop takes q .. j + m - 1, both
+        // counted round the loop.
+        std::size_t q = firstPlace < j ? firstPlace + m : firstPlace;
+        Forest::Node kept = Forest::kNone;
+        Forest::Node rest = Forest::kNone;
+        if (q <= m) {
+          const auto [before, from] = forest.split(loops[r], j);
+          const auto [inside, after] = forest.split(from, q - j);
+          kept = inside;
+          rest = forest.join(after, before);
+        } else {
+          q -= m;
+          const auto [before, from] = forest.split(loops[r], q);
+          const auto [inside, after] = forest.split(from, j - q);
+          kept = forest.join(after, before);
+          rest = inside;
         }
-        const std::vector<std::uint32_t> lv = loops[r];
-        std::vector<std::uint32_t> kept;
-        std::vector<std::uint32_t> rest;
-        for (std::size_t i = j; i < q; ++i) {
-          kept.push_back(lv[i % m]);
-        }
-        for (std::size_t i = q; i < j + m; ++i) {
-          rest.push_back(lv[i % m]);
-        }
-        loops[r] = std::move(kept);
-        loops.push_back(std::move(rest));
-        place(r);
-        place(loops.size() - 1);
+        loops[r] = kept;
+        forest.tag(kept) = r;
+        loops.push_back(rest);
+        forest.tag(rest) = loops.size() - 1;
         split = true;
       }
     }
@@ -181,10 +188,13 @@ std::vector<Points> splitAtRepeats(const Points& walked) {
 
   std::vector<Points> out;
   out.reserve(loops.size());
-  for (const std::vector<std::uint32_t>& loop : loops) {
+  std::vector<Forest::Node> loop;
+  for (const Forest::Node root : loops) {
+    loop.clear();
+    forest.collect(root, loop);
     Points points;
     points.reserve(loop.size());
-    for (const std::uint32_t w : loop) {
+    for (const Forest::Node w : loop) {
       points.push_back(walked[w]);
     }
     out.push_back(std::move(points));
@@ -220,6 +230,7 @@ void gkRegion::cachedWalk(gkRegion& result, bool hullOnly, bool& valid,
 }
 
 void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
+  using Forest = gk::detail::SequenceForest;
   checkEmptyContour();
   const Points& v = points();
   const std::size_t n = v.size();
@@ -393,25 +404,30 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   // b, the last loop takes b's place, and the scan starts over. Loops before a share nothing
   // with the loops after them, and neither the joined loop nor the moved one brings a vertex
   // they were not checked against, so the scan can go on at a. Which loops share a vertex is
-  // found once, through one index over every vertex, and kept up to date as loops join;
-  // where they join (the vertex numbers j and q) is found as before.
+  // found once, through one index over every vertex, and kept up to date as loops join.
+  //
+  // Every vertex of every loop gets a number; each number knows its loop's token and the
+  // numbers near it in other loops. A loop (by slot) is a sequence of numbers in a forest that
+  // cuts and joins in O(log n), so that a large loop taking in many small ones is not copied
+  // each time.
   const std::size_t loopCount = loops.size();
+  if (loopCount == 1) {
+    result = loops.front();
+    return;
+  }
   std::vector<std::set<std::size_t>> partners(loopCount);  // by token: a loop's first slot
-  // Every vertex of every loop gets a number; each loop (by slot) lists its vertices' numbers
-  // in order, each number knows its loop's token and the numbers near it in other loops.
-  std::vector<std::vector<std::uint32_t>> numbers(loopCount);
+  Points all;
   std::vector<std::size_t> owner;
-  std::vector<std::vector<std::uint32_t>> nearOthers;
-  if (loopCount > 1) {
-    Points all;
-    for (std::size_t t = 0; t < loopCount; ++t) {
-      for (const gkVector<2>& vertex : loops[t].points()) {
-        numbers[t].push_back(static_cast<std::uint32_t>(all.size()));
-        all.push_back(vertex);
-        owner.push_back(t);
-      }
+  std::vector<std::vector<Forest::Node>> numbers(loopCount);
+  for (std::size_t t = 0; t < loopCount; ++t) {
+    for (const gkVector<2>& vertex : loops[t].points()) {
+      numbers[t].push_back(static_cast<Forest::Node>(all.size()));
+      all.push_back(vertex);
+      owner.push_back(t);
     }
-    nearOthers.resize(all.size());
+  }
+  std::vector<std::vector<std::uint32_t>> nearOthers(all.size());
+  {
     const gkContour everything(all, false, 0);
     for (std::size_t k = 0; k < all.size(); ++k) {
       for (const int found : everything.vertexIndex(all[k], kVertexCoincidence)) {
@@ -423,64 +439,79 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
       }
     }
   }
+  Forest forest(all.size());
+  std::vector<Forest::Node> rootAt(loopCount);
+  for (std::size_t t = 0; t < loopCount; ++t) {
+    rootAt[t] = forest.build(numbers[t]);
+  }
+  numbers.clear();
+  numbers.shrink_to_fit();
   std::vector<std::size_t> tokenAt(loopCount);
   std::vector<std::size_t> slotOf(loopCount);
   for (std::size_t t = 0; t < loopCount; ++t) {
     tokenAt[t] = t;
     slotOf[t] = t;
   }
-  for (std::size_t a = 0; a + 1 < loops.size();) {
+  std::vector<Forest::Node> bNumbers;
+  for (std::size_t a = 0; a + 1 < rootAt.size();) {
     const std::size_t ta = tokenAt[a];
-    std::size_t b = loops.size();
+    std::size_t b = rootAt.size();
     for (const std::size_t t : partners[ta]) {
       if (slotOf[t] > a) {
         b = std::min(b, slotOf[t]);
       }
     }
-    if (b == loops.size()) {
+    if (b == rootAt.size()) {
       ++a;
       continue;
     }
-    const Points av = loops[a].points();
-    const Points bv = loops[b].points();
-    const long ma = static_cast<long>(av.size());
-    const long mb = static_cast<long>(bv.size());
     const std::size_t tb = tokenAt[b];
-    // The first vertex of a with a vertex of b near it: the first for which b's vertexIndex
-    // is not empty, found from the near lists instead of a grid lookup per vertex.
-    long j = 0;
-    for (; j < ma; ++j) {
-      const auto& nearHere = nearOthers[numbers[a][static_cast<std::size_t>(j)]];
-      if (std::any_of(nearHere.begin(), nearHere.end(),
-                      [&](std::uint32_t k) { return owner[k] == tb; })) {
-        break;
+    bNumbers.clear();
+    forest.collect(rootAt[b], bNumbers);
+    // The first vertex of a (in its order) with a vertex of b near it: nearness goes both ways,
+    // so it is the a-vertex of least place among those near some vertex of b.
+    std::size_t j = forest.size(rootAt[a]);
+    for (const Forest::Node k : bNumbers) {
+      for (const std::uint32_t other : nearOthers[k]) {
+        if (owner[other] == ta) {
+          j = std::min(j, forest.place(other));
+        }
       }
     }
-    GK_ASSERT(j < ma);
-    const std::vector<int> shared =
-        loops[b].vertexIndex(av[static_cast<std::size_t>(j)], kVertexCoincidence);
-    GK_ASSERT(!shared.empty());
-    const long q = shared.front();
-    Points joined = loopRun(av, j, j + ma - 1);
-    const Points tail = loopRun(bv, q, q + mb - 1);
-    joined.insert(joined.end(), tail.begin(), tail.end());
-    std::vector<std::uint32_t> joinedNumbers;
-    joinedNumbers.reserve(joined.size());
-    for (long i = j; i < j + ma; ++i) {
-      joinedNumbers.push_back(numbers[a][wrapIndex(i, av.size())]);
+    GK_ASSERT(j < forest.size(rootAt[a]));
+    // Where b joins: the vertex b's vertexIndex would list first for a's vertex j, that is the
+    // vertex of b within reach of it in the first grid cell (by column, then row), and of
+    // those the first in b.
+    const Forest::Node aj = forest.at(rootAt[a], j);
+    bool foundQ = false;
+    long qColumn = 0;
+    long qRow = 0;
+    std::size_t q = 0;
+    for (const std::uint32_t other : nearOthers[aj]) {
+      if (owner[other] != tb) {
+        continue;
+      }
+      const long column = gk::detail::gridCell(all[other].x(), kVertexCoincidence);
+      const long row = gk::detail::gridCell(all[other].y(), kVertexCoincidence);
+      const std::size_t place = forest.place(other);
+      if (!foundQ || column < qColumn ||
+          (column == qColumn && (row < qRow || (row == qRow && place < q)))) {
+        foundQ = true;
+        qColumn = column;
+        qRow = row;
+        q = place;
+      }
     }
-    for (long i = q; i < q + mb; ++i) {
-      joinedNumbers.push_back(numbers[b][wrapIndex(i, bv.size())]);
-      owner[joinedNumbers.back()] = ta;
+    GK_ASSERT(foundQ);
+    // a from its vertex j round to j - 1, then b from its vertex q round to q - 1.
+    const auto [aHead, aTail] = forest.split(rootAt[a], j);
+    const auto [bHead, bTail] = forest.split(rootAt[b], q);
+    rootAt[a] = forest.join(forest.join(aTail, aHead), forest.join(bTail, bHead));
+    for (const Forest::Node k : bNumbers) {
+      owner[k] = ta;
     }
-    loops[a] = gkRegion(joined, gkContourDefs::eIgnore);
-    numbers[a] = std::move(joinedNumbers);
-    loops[b] = loops.back();
-    loops.pop_back();
-    if (b + 1 < numbers.size()) {
-      numbers[b] = std::move(numbers.back());
-    }
-    numbers.pop_back();
+    rootAt[b] = rootAt.back();
+    rootAt.pop_back();
     // b's token folds into a's.
     for (const std::size_t t : partners[tb]) {
       partners[t].erase(tb);
@@ -496,10 +527,17 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     tokenAt.pop_back();
   }
 
-  if (loops.size() != 1) {
+  if (rootAt.size() != 1) {
     gwAssertFailed("cntr/region", 618, "exactly one loop remains after merging");
   }
-  result = loops.front();
+  std::vector<Forest::Node> merged;
+  forest.collect(rootAt.front(), merged);
+  Points mergedPoints;
+  mergedPoints.reserve(merged.size());
+  for (const Forest::Node k : merged) {
+    mergedPoints.push_back(all[k]);
+  }
+  result = gkRegion(mergedPoints, gkContourDefs::eIgnore);
 }
 
 void gkRegion::splice(const gkRegion& other, gkRegion& result) const {

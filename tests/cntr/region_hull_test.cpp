@@ -1086,3 +1086,27 @@ TEST(RegionHullFastPaths, WalksMatchThePlainScansOnLargerCrossingStars) {
   }
   EXPECT_EQ(walked, 4);
 }
+
+TEST(RegionHullFastPaths, WalksMatchThePlainScansOnFineOutlinesThatSplitIntoManyLoops) {
+  // Radial noise wider than the vertex spacing, with vertices swapped: the walked boundary
+  // splits into many small loops beside one large one, which then takes them back in one by
+  // one. Splitting and merging must cut and join exactly as the plain scans do.
+  std::mt19937_64 rng(11);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  int walked = 0;
+  for (const std::size_t n : {400u, 1200u, 2400u}) {
+    std::vector<gkVector<2>> v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double t = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+      const double r = 100.0 * (1.0 + 0.2 * std::sin(3.0 * t)) + 0.6 * u(rng);
+      v.emplace_back(r * std::cos(t), r * std::sin(t));
+    }
+    for (std::size_t k = 0; k + 1 < n; ++k) {
+      if (u(rng) < 0.1) {
+        std::swap(v[k], v[k + 1]);
+      }
+    }
+    expectWalksAgree(v, walked);
+  }
+  EXPECT_EQ(walked, 6);
+}

@@ -650,20 +650,29 @@ and compared on thousands of fixed-seed inputs. Where a target is missed, it is 
 exact answer costs more than the peer's, or because the fast path that would meet it is not yet
 written:
 
-- **isSelfIntersecting, and regularize/outerHull against Clipper.** Segment queries go through
-  a uniform grid over the segment boxes. Where few segments share a cell (`blob` up to 16384:
-  about 60 ns a segment, 0.74x GEOS) the pairs sharing a cell are asked directly; where cells
-  crowd, every radial segment's box overlaps a fixed share of the others and the grid is
-  quadratic: `star` at every size, and `blob` at 131072, whose noise of 0.02 is then four times
-  the vertex spacing, so that the outline is a dense zigzag (80-90x from 16384 to 131072).
-  Meeting O(n log n) there needs a sweep line whose candidate pairs provably include every pair
-  the tolerance-based crossing test could accept (segments within 2e-6 plus rounding of each
-  other): a Bentley-Ottmann style sweep over fattened segments, with the adjacency exceptions of
-  the walk. It is the next step, not done yet; with it the 10x over GEOS and Boost (which sweep
-  their own way, and test no tolerance) is still out of reach at 16384, where the plain box
-  tests already cost about what their whole sweeps do. The walk of regularize and outerHull
-  asks the same queries, so it inherits the gap: about 19x and 11x faster than GEOS MakeValid
-  on `star-x` already, 7x on `blob-x`, and only at par with Clipper's union, which is a sweep.
+- **isSelfIntersecting.** Where the segment boxes crowd the grid's cells (dense radial spikes:
+  `star` at 16384 and beyond), a plane sweep now shows in O(n log n) that no two segments sharing no
+  vertex come close enough for the tolerance-based crossing test to accept them: about 0.6 us a
+  vertex, 9.4x GEOS isSimple and 10x Boost at 16384, 53x GEOS at 131072, growth 10.7x from
+  16384 to 131072 (it was 94x). Smooth outlines keep the grid, whose pairs are listed cheaply
+  and tested only when their boxes overlap (about 55 ns a vertex at 16384: 0.78x GEOS, 0.5x
+  Boost, whose tests carry no tolerance and whose own sweeps are that fast; 10x there would
+  mean 5 ns a vertex, less than building our segment caches costs). The fine `blob` at 131072
+  (noise four times the vertex spacing) lists 39 pairs a segment in the bounded grid: 12.4x
+  its time at 16384 in this run, at the edge of the 12x target, the rest being the segment caches'
+  allocation (page faults alone are about a tenth). The self-intersecting variants answer from
+  the first crossing found (2.7x GEOS on `star-x`, 1.7x on `blob-x`; 0.3x to 0.7x Boost).
+- **regularize / outerHull against Clipper.** The walk asks one segment query per step, and
+  each crossing query on a dense star still lists every segment whose box meets the step's box
+  (the sweep above settles whether there is a crossing, not which): 2.2x (regularize) and 1.2x
+  (outerHull) Clipper's union on `star-x` at 16384, 37x and 20x GEOS MakeValid. On `blob-x`
+  regularize is 2.7x Clipper and 15x GEOS; the outer hull then splits the walked boundary into
+  hundreds of loops and asks, for each small loop, whether the large one holds it: each such
+  containment query is a pass over the large loop's vertices (below), 0.35x Clipper and 2x GEOS
+  at 16384. Splitting and merging loops no longer copy them (a sequence forest: the 131072
+  outer hull went from 46 s to 1.2 s, now 3x Clipper and 2.8x GEOS there). Meeting 10x needs a
+  sweep that reports every crossing within the tolerance (Bentley-Ottmann over fattened
+  segments), and a containment query that does not visit every vertex.
 - **Moments (centerOfMass, inertiaMatrix).** The moments are defined as a sum over the triangles
   on the centre of mass, each through its altitude, foot and rotation (an atan2, a sine and a
   cosine per triangle), summed in three passes by size; the results must stay within 4 units in
@@ -672,10 +681,12 @@ written:
   200 ns a vertex is the price of those values; `area` alone, a cross-product sum, meets the
   target.
 - **inside.** Each query must aim its ray through the first wide gap of the sorted vertex
-  directions and test the segments with the crossing tolerance. The direction now takes one
-  pass without angles (a division-free quadrant key, angles of the sixteen smallest only) and
-  the ray one pass of cross products: about 3x to 3.5x cv::pointPolygonTest's single pass at
-  n >= 16384 and 4x at 1024 (it was 4x to 5x), two passes against its one.
+  directions and test the segments with the crossing tolerance. The direction takes one pass
+  without angles (a division-free quadrant key, angles of the sixteen smallest only) and the
+  ray one pass of cross products: about 2.8x cv::pointPolygonTest's single pass at n >= 16384
+  and 4.2x to 4.6x at 1024, two passes against its one. A search of the smallest directions
+  through a wedge of grid cells was tried and was slower: points outside the outline, seen
+  edge-on, need many more directions than sixteen.
 - **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
   16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
   points a plain sort is used.

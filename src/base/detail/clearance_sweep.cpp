@@ -64,14 +64,6 @@ double pointSegmentDistance2(const Point& p, const Point& a, const Point& b) {
   return ex * ex + ey * ey;
 }
 
-double largest(std::initializer_list<double> values) {
-  double m = 0;
-  for (const double v : values) {
-    m = std::max(m, std::abs(v));
-  }
-  return m;
-}
-
 /// An unsigned key that orders finite doubles as < does, -0 and +0 alike.
 std::uint64_t orderKey(double x) {
   x += 0.0;  // -0 becomes +0
@@ -134,6 +126,13 @@ class Sweep {
         reach_(reach),
         reachAcross_(kAcross * reach),
         status_(Order{this}) {
+    // Distances near() measures round by a few units of the largest coordinate; a margin of 64
+    // of them, taken once for every pair.
+    double m = 0;
+    for (const gkVector<2>& p : points) {
+      m = std::max({m, std::abs(p.x()), std::abs(p.y())});
+    }
+    limit_ = reach + 64.0 * kEps * m + kTiny;
     // Each segment's ends in sweep coordinates, left first, read by every comparison: kept
     // together so that the ordering does not chase the vertices.
     const std::uint32_t count = segmentCount();
@@ -384,8 +383,7 @@ class Sweep {
     const Point& a2 = ends_[a].r;
     const Point& b1 = ends_[b].l;
     const Point& b2 = ends_[b].r;
-    const double m = largest({a1.x, a1.y, a2.x, a2.y, b1.x, b1.y, b2.x, b2.y});
-    const double limit = reach_ + 64.0 * kEps * m + kTiny;
+    const double limit = limit_;
     if (std::min(b1.y, b2.y) - std::max(a1.y, a2.y) > limit ||
         std::min(a1.y, a2.y) - std::max(b1.y, b2.y) > limit) {
       return false;
@@ -395,17 +393,18 @@ class Sweep {
     const Orientation o3 = orient(b1, b2, a1);
     const Orientation o4 = orient(b1, b2, a2);
     // Each segment wholly on one side of the other's line, beyond the limit there: every end is
-    // farther than the limit from the other segment and they cannot cross. (|o| / length is the
-    // distance from the line; the factor covers the rounding of the lengths.)
-    const double lengthA = std::sqrt((a2.x - a1.x) * (a2.x - a1.x) + (a2.y - a1.y) * (a2.y - a1.y));
-    const double lengthB = std::sqrt((b2.x - b1.x) * (b2.x - b1.x) + (b2.y - b1.y) * (b2.y - b1.y));
-    const double farA = (limit * lengthA + o1.bound + o2.bound) * 1.001;
-    const double farB = (limit * lengthB + o3.bound + o4.bound) * 1.001;
-    const bool bBesideA =
-        (o1.value > farA && o2.value > farA) || (o1.value < -farA && o2.value < -farA);
-    const bool aBesideB =
-        (o3.value > farB && o4.value > farB) || (o3.value < -farB && o4.value < -farB);
-    if (bBesideA && aBesideB) {
+    // farther than the limit from the other segment and they cannot cross. |o| / length is the
+    // distance from the line; the comparison is squared to spare the roots, and the factors
+    // cover the rounding of the lengths and squares.
+    const double lengthA2 = (a2.x - a1.x) * (a2.x - a1.x) + (a2.y - a1.y) * (a2.y - a1.y);
+    const double lengthB2 = (b2.x - b1.x) * (b2.x - b1.x) + (b2.y - b1.y) * (b2.y - b1.y);
+    const auto beside = [limit](const Orientation& p, const Orientation& q, double length2) {
+      const double slack = p.bound + q.bound;
+      const double pq = std::min(std::abs(p.value), std::abs(q.value)) / 1.001 - slack;
+      const bool sameSide = (p.value > 0) == (q.value > 0);
+      return sameSide && pq > 0 && pq * pq > limit * limit * length2 * (1.0 + 1e-9);
+    };
+    if (beside(o1, o2, lengthA2) && beside(o3, o4, lengthB2)) {
       return false;
     }
     const double limit2 = limit * limit * 1.001;
@@ -526,6 +525,7 @@ class Sweep {
   bool transposed_;
   double reach_;
   double reachAcross_;
+  double limit_ = 0;
   // The sweep position: the ordering reads it, so the status stays ordered only while no two
   // of its segments cross left of it, which the neighbour checks make sure of.
   double x_ = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include <gk/base/vector.h>
 #include <gk/gk_export.h>
 
@@ -11,7 +13,11 @@ class GK_EXPORT gkRect {
   gkRect() = default;
   /// The rectangle from origin to origin + size. A negative size extends the other way; size
   /// (0, 0) is a point box at origin, whose corners are both exactly origin.
-  gkRect(const gkVector<2>& origin, const gkVector<2>& size);
+  gkRect(const gkVector<2>& origin, const gkVector<2>& size) {
+    const gkVector<2> far = origin + size;
+    ul_ = gkVector<2>(std::min(origin.x(), far.x()), std::min(origin.y(), far.y()));
+    lr_ = gkVector<2>(std::max(origin.x(), far.x()), std::max(origin.y(), far.y()));
+  }
 
   /// The corner with the smaller coordinates.
   const gkVector<2>& ul() const { return ul_; }
@@ -21,8 +27,14 @@ class GK_EXPORT gkRect {
   double height() const { return lr_.y() - ul_.y(); }
   gkVector<2> size() const { return lr_ - ul_; }
 
-  /// The smallest rectangle holding both.
-  gkRect enclose(const gkRect& other) const;
+  /// The smallest rectangle holding both. (Inline, like the constructor: the segment caches
+  /// build a box per segment from them.)
+  gkRect enclose(const gkRect& other) const {
+    gkRect r;
+    r.ul_ = gkVector<2>(std::min(ul_.x(), other.ul_.x()), std::min(ul_.y(), other.ul_.y()));
+    r.lr_ = gkVector<2>(std::max(lr_.x(), other.lr_.x()), std::max(lr_.y(), other.lr_.y()));
+    return r;
+  }
 
   /// True when pt lies in the closed rectangle: the boundary is inside. (Inline: every segment
   /// query asks it of every candidate.)

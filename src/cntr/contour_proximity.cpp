@@ -103,26 +103,47 @@ class SeparationTest {
 /// finite or beyond 1e100.
 class NearBoxTest {
  public:
-  NearBoxTest(const std::vector<gkVector<2>>& vertices, const gkRect& contourBox,
-              const gkVector<2>& pt)
-      : pt_(pt) {
-    const double m = largestMagnitude(contourBox, {pt.x(), pt.y()});
-    // Two running minima, so that the loop is not one long chain of dependent steps. A NaN
-    // vertex turns the test off: a segment ending there may measure NaN, so the vertex
-    // bound would not hold.
-    double nearest[2] = {std::numeric_limits<double>::infinity(),
-                         std::numeric_limits<double>::infinity()};
-    bool noNaN = true;
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-      const double dx = vertices[i].x() - pt.x();
-      const double dy = vertices[i].y() - pt.y();
-      const double d2 = dx * dx + dy * dy;
-      noNaN = noNaN && d2 == d2;
-      nearest[i & 1] = std::min(nearest[i & 1], d2);
+  NearBoxTest(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt) : pt_(pt) {
+    // One pass finds the nearest vertex and the largest coordinate (the box's largest corner
+    // magnitude, without asking the box cache). Two running minima and maxima, in registers,
+    // so that the loop is not one long chain of dependent steps. A NaN vertex turns the test
+    // off: a segment ending there may measure NaN, so the vertex bound would not hold.
+    const double inf = std::numeric_limits<double>::infinity();
+    double nearest0 = inf;
+    double nearest1 = inf;
+    double m0 = std::max(std::abs(pt.x()), std::abs(pt.y()));
+    double m1 = 0.0;
+    bool noNaN = !std::isnan(pt.x()) && !std::isnan(pt.y());
+    const std::size_t n = vertices.size();
+    std::size_t i = 0;
+    for (; i + 1 < n; i += 2) {
+      const gkVector<2>& a = vertices[i];
+      const gkVector<2>& b = vertices[i + 1];
+      const double ax = a.x() - pt.x();
+      const double ay = a.y() - pt.y();
+      const double bx = b.x() - pt.x();
+      const double by = b.y() - pt.y();
+      const double da = ax * ax + ay * ay;
+      const double db = bx * bx + by * by;
+      noNaN = noNaN && da == da && db == db;
+      nearest0 = std::min(nearest0, da);
+      nearest1 = std::min(nearest1, db);
+      m0 = std::max(m0, std::max(std::abs(a.x()), std::abs(a.y())));
+      m1 = std::max(m1, std::max(std::abs(b.x()), std::abs(b.y())));
     }
+    if (i < n) {
+      const gkVector<2>& a = vertices[i];
+      const double ax = a.x() - pt.x();
+      const double ay = a.y() - pt.y();
+      const double da = ax * ax + ay * ay;
+      noNaN = noNaN && da == da;
+      nearest0 = std::min(nearest0, da);
+      m0 = std::max(m0, std::max(std::abs(a.x()), std::abs(a.y())));
+    }
+    const double m = std::max(m0, m1);
     on_ = m <= 1e100 && noNaN;
     margin_ = 16.0 * std::numeric_limits<double>::epsilon() * m;
-    vertexBound_ = std::sqrt(std::min(nearest[0], nearest[1])) * (1.0 + 1e-12);
+    vertexBound_ = std::sqrt(std::min(nearest0, nearest1)) * (1.0 + 1e-12);
   }
 
   /// False when the segment p1 -> p2 is certainly not the walk's answer, best being the least
@@ -325,7 +346,7 @@ gkVector<2> gkContour::closestPoint(const gkVector<2>& pt, bool verticesOnly) co
   checkEmptyContour();
   gkVector<2> candidate;
   double best = std::numeric_limits<double>::infinity();
-  const NearBoxTest near(points_, encloseRect(gkXform<2>()), pt);
+  const NearBoxTest near(points_, pt);
   // Degenerate segments take part; strictly smaller keeps the earlier segment of the walk on a
   // tie, so on a closed contour the closing segment wins.
   gk::detail::forEachSegment(points_, isClosed(),

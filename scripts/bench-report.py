@@ -651,26 +651,27 @@ exact answer costs more than the peer's, or because the fast path that would mee
 written:
 
 - **isSelfIntersecting.** Where the segment boxes crowd the grid's cells (dense radial spikes:
-  `star` at 16384 and beyond), a plane sweep now shows in O(n log n) that no two segments sharing no
-  vertex come close enough for the tolerance-based crossing test to accept them: about 0.6 us a
-  vertex, 9.4x GEOS isSimple and 10x Boost at 16384, 53x GEOS at 131072, growth 10.7x from
-  16384 to 131072 (it was 94x). Smooth outlines keep the grid, whose pairs are listed cheaply
-  and tested only when their boxes overlap (about 55 ns a vertex at 16384: 0.78x GEOS, 0.5x
-  Boost, whose tests carry no tolerance and whose own sweeps are that fast; 10x there would
-  mean 5 ns a vertex, less than building our segment caches costs). The fine `blob` at 131072
-  (noise four times the vertex spacing) lists 39 pairs a segment in the bounded grid: 12.4x
-  its time at 16384 in this run, at the edge of the 12x target, the rest being the segment caches'
-  allocation (page faults alone are about a tenth). The self-intersecting variants answer from
-  the first crossing found (2.7x GEOS on `star-x`, 1.7x on `blob-x`; 0.3x to 0.7x Boost).
+  `star` at 16384 and beyond), a plane sweep now shows in O(n log n) that no two segments
+  sharing no vertex come close enough for the tolerance-based crossing test to accept them:
+  about 0.55 us a vertex, 10x GEOS isSimple and 11x Boost at 16384 (GEOS varies by a few per
+  cent between runs, so its ratio lands either side of 10), growth 10x from 16384 to 131072
+  (it was 94x). Smooth outlines keep the grid, whose pairs are listed cheaply and tested only
+  when their boxes overlap (about 45 ns a vertex at 16384: 0.9x GEOS, 0.6x Boost, whose tests
+  carry no tolerance and whose own sweeps are that fast; 10x there would mean under 5 ns a
+  vertex, less than filling our segment caches costs). The fine `blob` at 131072 (noise four
+  times the vertex spacing) lists 39 pairs a segment in the bounded grid, and about a quarter
+  of its time is the kernel handing over fresh pages for its caches: 12.4x to 13.3x its time
+  at 16384 across runs, against the 12x target (it was 80x to 90x). The self-intersecting
+  variants answer from the first crossing found (2.2x to 3.3x GEOS; 0.4x to 0.8x Boost).
 - **regularize / outerHull against Clipper.** The walk asks one segment query per step, and
   each crossing query on a dense star still lists every segment whose box meets the step's box
-  (the sweep above settles whether there is a crossing, not which): 2.2x (regularize) and 1.2x
-  (outerHull) Clipper's union on `star-x` at 16384, 37x and 20x GEOS MakeValid. On `blob-x`
-  regularize is 2.7x Clipper and 15x GEOS; the outer hull then splits the walked boundary into
+  (the sweep above settles whether there is a crossing, not which): 2.1x (regularize) and 1.2x
+  (outerHull) Clipper's union on `star-x` at 16384, 36x and 20x GEOS MakeValid. On `blob-x`
+  regularize is 2.9x Clipper and 16x GEOS; the outer hull then splits the walked boundary into
   hundreds of loops and asks, for each small loop, whether the large one holds it: each such
-  containment query is a pass over the large loop's vertices (below), 0.35x Clipper and 2x GEOS
+  containment query is a pass over the large loop's vertices (below), 0.36x Clipper and 2x GEOS
   at 16384. Splitting and merging loops no longer copy them (a sequence forest: the 131072
-  outer hull went from 46 s to 1.2 s, now 3x Clipper and 2.8x GEOS there). Meeting 10x needs a
+  outer hull went from 46 s to 1.1 s, now 3.3x Clipper and 3x GEOS there). Meeting 10x needs a
   sweep that reports every crossing within the tolerance (Bentley-Ottmann over fattened
   segments), and a containment query that does not visit every vertex.
 - **Moments (centerOfMass, inertiaMatrix).** The moments are defined as a sum over the triangles
@@ -695,9 +696,6 @@ written:
   sixty bisections: 13 ms to 4 ms at 16384); cv::fitEllipse computes no such error. The direct
   least-squares fit is also about 12% less accurate on the noisy set than OpenCV's, whose fit
   is refined; a geometric refinement would close that at further cost.
-- **closestPoint / distToPoint at 64 vertices** (2.0x to 2.5x Boost's distance): the fixed cost
-  of a call (the cached box's lookup, the pass that bounds the walk by the nearest vertex)
-  shows; from 1024 on they run at 1.0x to 1.6x Boost's time, and 2x faster at 131072.
 - **Memory.** The segment caches (segment, line, box and the grid index: about 120 bytes a
   segment) and the vertex grid (a map of cells to vertex lists, one node per occupied cell) are
   part of the contour as defined, and at small n the fixed parts add more per vertex. The region

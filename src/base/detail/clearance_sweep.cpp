@@ -133,17 +133,6 @@ class Sweep {
       m = std::max({m, std::abs(p.x()), std::abs(p.y())});
     }
     limit_ = reach + 64.0 * kEps * m + kTiny;
-    // Each segment's ends in sweep coordinates, left first, read by every comparison: kept
-    // together so that the ordering does not chase the vertices.
-    const std::uint32_t count = segmentCount();
-    ends_.resize(count);
-    leftIsTo_.resize(count);
-    for (std::uint32_t k = 0; k < count; ++k) {
-      const Point a = at(from(k));
-      const Point b = at(to(k));
-      leftIsTo_[k] = b.x < a.x;
-      ends_[k] = leftIsTo_[k] ? Ends{b, a} : Ends{a, b};
-    }
   }
 
   /// The vertices in sweep order: by sweep x, then sweep y, then number.
@@ -224,7 +213,19 @@ class Sweep {
   /// True when no two segments sharing no vertex come within reach as far as this sweep can
   /// tell. order is order().
   bool run(const std::vector<std::uint32_t>& order) {
-    handles_.assign(segmentCount(), status_.end());
+    // Each segment's ends in sweep coordinates, left first, read by every comparison: kept
+    // together so that the ordering does not chase the vertices. Built here, after the order's
+    // sorting buffers are gone, so that the two never take memory at once.
+    const std::uint32_t count = segmentCount();
+    ends_.resize(count);
+    leftIsTo_.resize(count);
+    for (std::uint32_t k = 0; k < count; ++k) {
+      const Point a = at(from(k));
+      const Point b = at(to(k));
+      leftIsTo_[k] = b.x < a.x;
+      ends_[k] = leftIsTo_[k] ? Ends{b, a} : Ends{a, b};
+    }
+    handles_.assign(count, status_.end());
     try {
       for (std::size_t first = 0; first < order.size();) {
         x_ = at(order[first]).x;

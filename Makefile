@@ -43,7 +43,7 @@ valgrind: deps
 	cmake --build --preset release
 	scripts/valgrind-tests.sh build/release
 
-# The archive and geometry fuzzers (clang, libFuzzer), each for FUZZ_SECONDS on its seed
+# The archive, geometry and clearance fuzzers (clang, libFuzzer), each for FUZZ_SECONDS on its seed
 # corpus; see fuzz/README.md.
 FUZZ_SECONDS ?= 60
 fuzz:

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the fuzz preset and runs each fuzzer (archive, geometry) on its seed corpus and its
+# Builds the fuzz preset and runs each fuzzer (archive, geometry, clearance) on its seed corpus and its
 # regressions, for the given time each.
 #
 #   fuzz/run.sh [seconds]      default 60 per fuzzer
@@ -44,4 +44,6 @@ fuzz_one archive -dict=fuzz/archive.dict -timeout=5 || failed=1
 # about a second under the sanitizers): 10 s means a hang. Inputs up to 2 kB hold the largest
 # scenes; -len_control=0 lets them grow that long from the start.
 fuzz_one geometry -timeout=10 -max_len=2048 -len_control=0 || failed=1
+# A clearance input is at most 64 vertices of 5 bytes, checked against every pair of segments.
+fuzz_one clearance -timeout=10 -max_len=330 || failed=1
 exit "$failed"

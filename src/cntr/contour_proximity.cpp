@@ -499,7 +499,8 @@ bool gkContour::isSelfIntersecting() const {
   // without ends drops them: they are skipped untested. That needs the squared length of a
   // segment finite (an end then measures exactly 0), which holds within the separation test's
   // bound on the coordinates.
-  const bool skipNeighbours = largestMagnitude(contourBox, {}) <= 1e100;
+  const double magnitude = largestMagnitude(contourBox, {});
+  const bool skipNeighbours = magnitude <= 1e100;
   const auto neighbours = [count, closed](std::size_t a, std::size_t b) {
     return b == a + 1 || (closed && a == 0 && b + 1 == count);
   };
@@ -582,8 +583,8 @@ bool gkContour::isSelfIntersecting() const {
   // each other, and they share no vertex. When a plane sweep shows every two segments sharing
   // no vertex farther apart than that, no query can find anything; when it stops at a pair
   // that close, that pair is asked next, as it usually crosses.
-  const double reach = 2.0 * gkTolProximity + 1024.0 * std::numeric_limits<double>::epsilon() *
-                                                  largestMagnitude(contourBox, {});
+  const double reach =
+      2.0 * gkTolProximity + 1024.0 * std::numeric_limits<double>::epsilon() * magnitude;
   std::pair<std::size_t, std::size_t> close;
   if (gk::detail::segmentsKeepClear(points_, closed, reach, &close)) {
     selfIntersecting_ = false;

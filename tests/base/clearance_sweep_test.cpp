@@ -13,9 +13,11 @@
 
 #include "base/detail/clearance_sweep.h"
 #include "base/detail/segment_walk.h"
+#include "plain_clearance.h"
 
 using gk::detail::kNoSegment;
 using gk::detail::segmentsKeepClear;
+using gk::test::plainClearance;
 
 namespace {
 
@@ -25,68 +27,6 @@ constexpr double kReach = 2e-6;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kTwoPi = 6.283185307179586;
-
-struct LongPoint {
-  long double x;
-  long double y;
-};
-
-long double cross(const LongPoint& a, const LongPoint& b, const LongPoint& c) {
-  return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
-}
-
-long double pointSegment(const LongPoint& p, const LongPoint& a, const LongPoint& b) {
-  const long double dx = b.x - a.x;
-  const long double dy = b.y - a.y;
-  const long double dd = dx * dx + dy * dy;
-  long double t = dd == 0 ? 0 : ((p.x - a.x) * dx + (p.y - a.y) * dy) / dd;
-  t = std::max<long double>(0, std::min<long double>(1, t));
-  const long double ex = p.x - (a.x + dx * t);
-  const long double ey = p.y - (a.y + dy * t);
-  return std::sqrt(ex * ex + ey * ey);
-}
-
-/// The distance between two segments, in extended precision: 0 when they cross or touch,
-/// else the least distance from an end of one to the other.
-long double segmentDistance(const LongPoint& a1, const LongPoint& a2, const LongPoint& b1,
-                            const LongPoint& b2) {
-  const long double o1 = cross(a1, a2, b1);
-  const long double o2 = cross(a1, a2, b2);
-  const long double o3 = cross(b1, b2, a1);
-  const long double o4 = cross(b1, b2, a2);
-  if (((o1 > 0 && o2 < 0) || (o1 < 0 && o2 > 0)) && ((o3 > 0 && o4 < 0) || (o3 < 0 && o4 > 0))) {
-    return 0;
-  }
-  return std::min({pointSegment(a1, b1, b2), pointSegment(a2, b1, b2), pointSegment(b1, a1, a2),
-                   pointSegment(b2, a1, a2)});
-}
-
-/// The plain answer: the least distance between two segments of the walk that share no vertex
-/// (by number), over every such pair; infinity when there is none.
-long double plainClearance(const Points& points, bool closed) {
-  struct Seg {
-    std::size_t from;
-    std::size_t to;
-  };
-  std::vector<Seg> segs;
-  const std::size_t n = points.size();
-  for (std::size_t k = 0; k < (closed ? n : n - 1); ++k) {
-    segs.push_back(closed ? Seg{k == 0 ? n - 1 : k - 1, k} : Seg{k, k + 1});
-  }
-  const auto at = [&points](std::size_t i) { return LongPoint{points[i].x(), points[i].y()}; };
-  long double best = std::numeric_limits<long double>::infinity();
-  for (std::size_t a = 0; a < segs.size(); ++a) {
-    for (std::size_t b = a + 1; b < segs.size(); ++b) {
-      const Seg& s = segs[a];
-      const Seg& t = segs[b];
-      if (s.from == t.from || s.from == t.to || s.to == t.from || s.to == t.to) {
-        continue;
-      }
-      best = std::min(best, segmentDistance(at(s.from), at(s.to), at(t.from), at(t.to)));
-    }
-  }
-  return best;
-}
 
 /// Checks the one promise: a true answer means every two segments sharing no vertex are more
 /// than the reach apart. Returns the answer.

@@ -13,41 +13,15 @@
 #include <vector>
 
 #include "archive_fuzz_target.h"
+#include "replay_files.h"
 
 namespace {
 
+using gk::test::bytesOf;
+using gk::test::filesIn;
+using gk::test::testName;
+
 namespace fs = std::filesystem;
-
-std::vector<std::string> filesIn(const char* directory) {
-  std::vector<std::string> files;
-  if (!fs::is_directory(directory)) {
-    return files;
-  }
-  for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-    const std::string name = entry.path().filename().string();
-    if (entry.is_regular_file() && name.front() != '.' && name != "README.md") {
-      files.push_back(entry.path().string());
-    }
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-std::vector<std::uint8_t> bytesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in),
-                                   std::istreambuf_iterator<char>());
-}
-
-std::string testName(const ::testing::TestParamInfo<std::string>& info) {
-  std::string name = fs::path(info.param).filename().string();
-  for (char& c : name) {
-    if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'))) {
-      c = '_';
-    }
-  }
-  return name + "_" + std::to_string(info.index);
-}
 
 class ArchiveFuzzCorpus : public ::testing::TestWithParam<std::string> {};
 class ArchiveFuzzRegression : public ::testing::TestWithParam<std::string> {};

@@ -13,34 +13,19 @@
 
 #include "base/detail/clearance_sweep.h"
 #include "clearance_fuzz_target.h"
+#include "replay_files.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
+/// The seeds and the reproducers.
 std::vector<std::string> inputFiles() {
-  std::vector<std::string> files;
-  for (const char* directory :
-       {GKGEOM_FUZZ_CLEARANCE_CORPUS_DIR, GKGEOM_FUZZ_CLEARANCE_REGRESSIONS_DIR}) {
-    if (!fs::is_directory(directory)) {
-      continue;
-    }
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-      const std::string name = entry.path().filename().string();
-      if (entry.is_regular_file() && name.front() != '.' && name != "README.md") {
-        files.push_back(entry.path().string());
-      }
-    }
-  }
-  std::sort(files.begin(), files.end());
+  std::vector<std::string> files = gk::test::filesIn(GKGEOM_FUZZ_CLEARANCE_CORPUS_DIR);
+  const std::vector<std::string> more = gk::test::filesIn(GKGEOM_FUZZ_CLEARANCE_REGRESSIONS_DIR);
+  files.insert(files.end(), more.begin(), more.end());
   return files;
 }
 
-std::vector<std::uint8_t> bytesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in),
-                                   std::istreambuf_iterator<char>());
-}
+using gk::test::bytesOf;
 
 }  // namespace
 

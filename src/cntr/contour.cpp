@@ -83,6 +83,8 @@ gkContour& gkContour::operator=(const gkContour& other) {
   segRects_ = other.segRects_;
   validLine_ = other.validLine_;
   segIndex_ = other.segIndex_;
+  chains_ = other.chains_;
+  chainsDecided_ = other.chainsDecided_;
   medianValid_ = other.medianValid_;
   medianFeatureSize_ = other.medianFeatureSize_;
   if (!other.vertexGrid_) {
@@ -201,6 +203,8 @@ void gkContour::computeLineSegs() const {
   segRects_.clear();
   validLine_.clear();
   segIndex_.reset();
+  chains_.reset();
+  chainsDecided_ = false;
   const std::size_t count = static_cast<std::size_t>(segmentCount());
   lineSegs_.reserve(count);
   lines_.reserve(count);
@@ -253,6 +257,8 @@ void gkContour::cleanCacheInfo() {
   linesValid_ = false;
   segRectsValid_ = false;
   segIndex_.reset();
+  chains_.reset();
+  chainsDecided_ = false;
   medianValid_ = false;
   medianFeatureSize_ = 0.0;
 }

@@ -1330,3 +1330,135 @@ TEST(ContourIndexedQueries, SelfIntersectionOfCrowdedOutlinesMatchesThePlainScan
   EXPECT_GT(crossing, 12);
   EXPECT_LT(crossing, 36);
 }
+
+TEST(ContourIndexedQueries, CrossingsWithAnotherContourMatchThePlainWalkOnCrowdedStars) {
+  // Long spikes crowd the segment index, so the crossings with another contour are searched
+  // through the rectangles of runs of consecutive segments instead. Stars against copies of
+  // themselves turned a little, turned not at all (every segment overlaps its twin and every
+  // vertex touches), moved along, with one tip pushed to distances around the tolerance from a
+  // segment of the star, with repeated and swapped vertices, open and closed on either side,
+  // must give the plain walk's points in its order, to the last bit.
+  gk::test::DegenerateShapes gen(91);
+  int crowded = 0;
+  std::size_t found = 0;
+  const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
+  for (int shape = 0; shape < 24; ++shape) {
+    const std::size_t n = 700 + gen.pick(300);
+    Points v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double angle = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+      const double radius = 100.0 * (1.0 + 3.0 * gen.real(1.0));
+      v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
+    }
+    if (shape % 3 == 1) {
+      const std::size_t i = 1 + gen.pick(n - 6);
+      std::swap(v[i], v[i + 1]);
+      v[i + 3] = v[i + 4];
+    }
+    const double turns[] = {0.01, 1e-4, 0.0, 0.5};
+    const double turn = turns[shape % 4];
+    Points w;
+    for (const gkVector<2>& p : v) {
+      w.emplace_back(
+          std::cos(turn) * p.x() - std::sin(turn) * p.y(),
+          std::sin(turn) * p.x() + std::cos(turn) * p.y() + (shape % 5 == 4 ? 7.0 : 0.0));
+    }
+    // A tip of the copy pushed next to a segment of the star, either side.
+    const std::size_t j = 1 + gen.pick(n - 3);
+    const gkVector<2> along = v[j + 1] - v[j];
+    const gkVector<2> normal = gkVector<2>(-along.y(), along.x()) / along.len();
+    const double side = gen.pick(2) == 0 ? 1.0 : -1.0;
+    w[gen.pick(n)] = (v[j] + v[j + 1]) / 2.0 + normal * (side * distances[gen.pick(7)]);
+
+    const gkContour c(v, shape % 6 < 4, 0);
+    const gkContour other(w, shape % 4 < 3, 0);
+    const std::vector<gkVector<2>> expected = gk::test::PlainContour(c).plainIntersections(other);
+    const std::vector<gkVector<2>> got = c.intersections(other);
+    ASSERT_EQ(got.size(), expected.size()) << "shape " << shape;
+    for (std::size_t i = 0; i < got.size(); ++i) {
+      ASSERT_EQ(std::memcmp(&got[i], &expected[i], sizeof(gkVector<2>)), 0)
+          << "shape " << shape << ", crossing " << i;
+    }
+    crowded += gkContourTestAccess::indexPairsPerSegment(c) > 8.0 ? 1 : 0;
+    found += got.size();
+  }
+  EXPECT_EQ(crowded, 24);
+  EXPECT_GT(found, 5000u);
+}
+
+TEST(ContourIndexedQueries, SegmentQueriesOnCrowdedStarsMatchThePlainWalk) {
+  // On a crowded star a single query is also searched through the runs of segments: the
+  // boundary walk asks each of its steps that way, without ends, and its start probes short
+  // segments across an edge. Segments of the star itself, vertex-to-vertex chords, short probes,
+  // near touches around the tolerance, long rays and random segments, with and without ends,
+  // must give the plain walk's points and segment numbers.
+  gk::test::DegenerateShapes gen(313);
+  int crowded = 0;
+  std::size_t found = 0;
+  const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
+  for (int shape = 0; shape < 8; ++shape) {
+    const std::size_t n = 600 + gen.pick(300);
+    Points v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double angle = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+      const double radius = 100.0 * (1.0 + 3.0 * gen.real(1.0));
+      v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
+    }
+    for (std::size_t k = 0; k + 1 < n; ++k) {
+      if (gen.pick(10) == 0) {
+        std::swap(v[k], v[k + 1]);
+      }
+    }
+    const bool closed = shape % 4 != 3;
+    const ProbeContour c(v, closed, 0);
+    for (int q = 0; q < 150; ++q) {
+      const std::size_t i = gen.pick(n - 2);
+      const gkVector<2> along = v[i + 1] - v[i];
+      const gkVector<2> normal = gkVector<2>(-along.y(), along.x()) / along.len();
+      gkVector<2> a;
+      gkVector<2> b;
+      switch (q % 6) {
+        case 0:  // a segment of the star, as the walk steps along it
+          a = v[i];
+          b = v[i + 1];
+          break;
+        case 1: {  // a short probe across the middle of a segment
+          const gkVector<2> mid = (v[i] + v[i + 1]) / 2.0;
+          a = mid + normal * 0.05;
+          b = mid - normal * 0.05;
+          break;
+        }
+        case 2: {  // a stub stopping short of a segment, or past it, by about the tolerance
+          const gkVector<2> mid = (v[i] + v[i + 1]) / 2.0;
+          const double side = gen.pick(2) == 0 ? 1.0 : -1.0;
+          a = mid + normal * (side * distances[gen.pick(7)]);
+          b = mid + normal * (side * 5.0);
+          break;
+        }
+        case 3:  // a ray from a vertex through the whole star
+          a = v[i];
+          b = v[i] + along.unit() * 900.0;
+          break;
+        case 4:  // a chord between two vertices
+          a = v[i];
+          b = v[gen.pick(n)];
+          break;
+        default:
+          a = gkVector<2>(gen.real(800.0) - 400.0, gen.real(800.0) - 400.0);
+          b = a + gkVector<2>(gen.real(60.0) - 30.0, gen.real(60.0) - 30.0);
+          break;
+      }
+      const gkLineSeg seg(a, b);
+      for (const bool ends : {true, false}) {
+        const std::vector<Hit> expected = plainIntersections(v, closed, seg, ends);
+        const std::vector<Hit> got = indexedHits(c, seg, ends);
+        ASSERT_EQ(pointsOf(got), pointsOf(expected)) << "shape " << shape << " query " << q;
+        ASSERT_EQ(segmentsOf(got), segmentsOf(expected)) << "shape " << shape << " query " << q;
+        found += got.size();
+      }
+    }
+    crowded += gkContourTestAccess::indexPairsPerSegment(c) > 16.0 ? 1 : 0;
+  }
+  EXPECT_EQ(crowded, 8);
+  EXPECT_GT(found, 2000u);
+}

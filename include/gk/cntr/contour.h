@@ -29,7 +29,8 @@ class gkContourTestAccess;
 class gkRegion;
 namespace gk::detail {
 class BoxIndex;
-}
+class ChainBounds;
+}  // namespace gk::detail
 
 /// A planar polyline: an ordered vertex list, a closed flag (a closing segment joins the last
 /// vertex to the first) and a caller's label.
@@ -230,6 +231,10 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   /// The index over the boxes of the valid segments, built (with the segment caches) on first
   /// use and kept with them.
   const gk::detail::BoxIndex& segmentIndex() const;
+  /// The rectangles of runs of consecutive segments, built on first use when the segment index
+  /// is crowded (its cells list many pairs a segment: long spikes), and kept with the index;
+  /// null when the index serves queries well, or when the rectangles hold no bound.
+  const gk::detail::ChainBounds* crowdedChains() const;
 
   /// The crossings with seg (as the public form) and, in segIndices, the segment number each was
   /// found on.
@@ -291,6 +296,9 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   // The grid over segRects_ that narrows segment queries; built with the segment caches and
   // dropped with them. Immutable once built, so copies share it.
   mutable std::shared_ptr<const gk::detail::BoxIndex> segIndex_;
+  // Built with the index when it is crowded; chainsDecided_ says whether that was settled.
+  mutable std::shared_ptr<const gk::detail::ChainBounds> chains_;
+  mutable bool chainsDecided_ = false;
   mutable bool medianValid_ = false;
   mutable double medianFeatureSize_ = 0.0;
   mutable std::unique_ptr<VertexGrids> vertexGrid_;

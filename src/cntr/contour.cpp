@@ -9,6 +9,7 @@
 
 #include "base/detail/segment_walk.h"
 #include "base/detail/total_order.h"
+#include "cntr/detail/segment_entry.h"
 
 namespace {
 
@@ -212,18 +213,12 @@ void gkContour::computeLineSegs() const {
   validLine_.reserve(count);
   gk::detail::forEachSegment(
       points_, isClosed(), [this](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
-        if (gwRealEq(p, q, gkTolCoincident)) {
-          // A degenerate segment keeps its number, with default values and a false flag.
-          lineSegs_.emplace_back();
-          lines_.emplace_back();
-          segRects_.emplace_back();
-          validLine_.push_back(false);
-        } else {
-          lineSegs_.emplace_back(p, q);
-          lines_.push_back(lineSegs_.back().line());
-          segRects_.push_back(gkRect(q, gkVector<2>()).enclose(gkRect(p, gkVector<2>())));
-          validLine_.push_back(true);
-        }
+        // A degenerate segment keeps its number, with default values and a false flag.
+        lineSegs_.emplace_back();
+        lines_.emplace_back();
+        segRects_.emplace_back();
+        validLine_.push_back(
+            gk::detail::segmentEntry(p, q, lineSegs_.back(), lines_.back(), segRects_.back()));
       });
   segRectsValid_ = true;
   linesValid_ = true;

@@ -15,6 +15,7 @@
 #include "base/detail/grid_cell.h"
 #include "base/detail/segment_walk.h"
 #include "base/detail/total_order.h"
+#include "cntr/detail/segment_entry.h"
 
 namespace {
 
@@ -285,6 +286,49 @@ constexpr std::size_t kSweepPairsPerSegment = 32;
 /// lists hundreds, and the runs make its queries ten to eighty times faster.
 constexpr std::size_t kChainPairsPerSegment = 16;
 
+/// A contour that crosses itself mostly does so within a few segments (a fold, two vertices out
+/// of order) and somewhere early in its walk. Self-intersection first asks the first
+/// 1/kLocalShare of the segments, each queried without ends as the full test queries it,
+/// against the two segments after its neighbour, before any segment cache or index is built: a
+/// crossing found there is the answer, at the cost of a few tests. A contour that does not
+/// cross there pays about one test per sixteen vertices more.
+constexpr std::size_t kLocalShare = 32;
+
+/// Whether one of the first segments (by the share above), queried without ends, finds a
+/// crossing on segment k + 2 or k + 3. The entries of both segments are made as the caches
+/// make them, and the test is the query's own, so a true answer is one the full test gives.
+bool crossesNearStart(const std::vector<gkVector<2>>& points, bool closed,
+                      const gkRect& contourBox) {
+  const std::size_t n = points.size();
+  const std::size_t count = closed ? n : n - 1;
+  const auto ends = [&](std::size_t k) {
+    return std::pair<const gkVector<2>&, const gkVector<2>&>(
+        points[closed ? (k == 0 ? n - 1 : k - 1) : k], points[closed ? k : k + 1]);
+  };
+  for (std::size_t k = 0; k < count / kLocalShare; ++k) {
+    gkLineSeg seg;
+    gkLine line;
+    gkRect box;
+    const auto [p, q] = ends(k);
+    if (!gk::detail::segmentEntry(p, q, seg, line, box)) {
+      continue;
+    }
+    const SegmentQuery query(seg, contourBox, false);
+    if (!contourBox.overlaps(query.box())) {
+      continue;
+    }
+    for (std::size_t j = k + 2; j <= k + 3 && j < count; ++j) {
+      const auto [a, b] = ends(j);
+      gkVector<2> crossing;
+      if (gk::detail::segmentEntry(a, b, seg, line, box) &&
+          query.crosses(seg, line, box, true, crossing)) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
 /// Orders the crossings found along a query segment as an exchange sort does: position i takes,
 /// in turn, every later record with a strictly smaller key. That exact order (it is not a
 /// stable sort, and a NaN key never moves) is the one callers see. With distinct keys and no
@@ -552,10 +596,15 @@ bool gkContour::isSelfIntersecting() const {
   // first test after validity is that the two boxes overlap, so only pairs whose boxes may
   // overlap need asking, in both roles: the segment index hands over each such pair (some more
   // than once) without a query per segment.
-  const gk::detail::BoxIndex& segIndex = segmentIndex();
   const gkRect contourBox = encloseRect(gkXform<2>());
-  const std::size_t count = lineSegs_.size();
   const bool closed = isClosed();
+  if (crossesNearStart(points_, closed, contourBox)) {
+    selfIntersecting_ = true;
+    selfIntersectingValid_ = true;
+    return selfIntersecting_;
+  }
+  const gk::detail::BoxIndex& segIndex = segmentIndex();
+  const std::size_t count = lineSegs_.size();
   // Segments sharing a vertex hold an end of each other exactly, at distance 0, so the query
   // without ends drops them: they are skipped untested. That needs the squared length of a
   // segment finite (an end then measures exactly 0), which holds within the separation test's

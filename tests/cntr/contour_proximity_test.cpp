@@ -1462,3 +1462,67 @@ TEST(ContourIndexedQueries, SegmentQueriesOnCrowdedStarsMatchThePlainWalk) {
   EXPECT_EQ(crowded, 8);
   EXPECT_GT(found, 2000u);
 }
+
+TEST(ContourSelfIntersection, ACrossingNearTheStartIsFoundBeforeAnySegmentCacheIsBuilt) {
+  // Two vertices out of order among the first segments of a long outline: the segments on
+  // either side of the swapped pair cross, and the answer comes from them alone.
+  Points v;
+  for (int k = 0; k < 640; ++k) {
+    const double angle = 6.283185307179586 * k / 640.0;
+    v.emplace_back(100.0 * std::cos(angle), 100.0 * std::sin(angle));
+  }
+  std::swap(v[5], v[6]);
+  for (const bool closed : {true, false}) {
+    const gkContour c(v, closed, 0);
+    EXPECT_TRUE(c.isSelfIntersecting());
+    EXPECT_FALSE(Access::lineSegsValid(c));
+    EXPECT_TRUE(gk::test::PlainContour(c).plainIsSelfIntersecting());
+  }
+  // Past the first 1/32 of the segments, the same swap is found by the full search.
+  std::swap(v[5], v[6]);
+  std::swap(v[300], v[301]);
+  const gkContour late(v, true, 0);
+  EXPECT_TRUE(late.isSelfIntersecting());
+  EXPECT_TRUE(Access::lineSegsValid(late));
+}
+
+TEST(ContourSelfIntersection, NearStartFoldsAroundTheToleranceMatchThePlainScan) {
+  // A vertex among the first segments pulled toward the segment two or three along, stopping
+  // short of it or passing it by distances around the tolerance, on lines and circles, open
+  // and closed, with repeated vertices: the early search must never answer where the plain
+  // scan does not, and the full search takes over where it finds nothing.
+  gk::test::DegenerateShapes gen(4242);
+  const double distances[] = {-1e-3, -2e-6, -0.9e-6, 0.0, 0.5e-6, 0.9e-6, 1.1e-6, 2.1e-6, 1e-3};
+  int crossing = 0;
+  int early = 0;
+  for (int shape = 0; shape < 400; ++shape) {
+    const std::size_t n = 64 + gen.pick(200);
+    Points v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double t = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+      v.emplace_back(100.0 * std::cos(t) + 0.3 * gen.real(1.0), 100.0 * std::sin(t));
+    }
+    const std::size_t i = gen.pick(n / 32 + 1);
+    const std::size_t j = i + 2 + gen.pick(2);
+    if (j + 1 < n) {
+      // Vertex i + 1 moved onto the segment j -> j + 1 (the walk's numbering differs by one
+      // between open and closed), then off it along its normal by the chosen distance.
+      const gkVector<2> along = v[j + 1] - v[j];
+      const gkVector<2> normal = gkVector<2>(-along.y(), along.x()) / along.len();
+      v[i + 1] = v[j] + along * gen.real(1.0) + normal * distances[gen.pick(9)];
+    }
+    if (shape % 5 == 0) {
+      v[i + 2] = v[i + 1];
+    }
+    const gkContour c(v, shape % 2 == 0, 0);
+    const bool expected = gk::test::PlainContour(c).plainIsSelfIntersecting();
+    ASSERT_EQ(c.isSelfIntersecting(), expected) << "shape " << shape;
+    crossing += expected ? 1 : 0;
+    early += Access::lineSegsValid(c) ? 0 : 1;
+  }
+  EXPECT_GT(crossing, 100);
+  EXPECT_LT(crossing, 380);
+  // Most crossings, not all: some pass a segment only within the tolerance of its ends.
+  EXPECT_GT(early, 50);
+  EXPECT_LT(early, crossing);
+}

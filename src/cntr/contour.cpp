@@ -85,7 +85,8 @@ gkContour& gkContour::operator=(const gkContour& other) {
   validLine_ = other.validLine_;
   segIndex_ = other.segIndex_;
   chains_ = other.chains_;
-  chainsDecided_ = other.chainsDecided_;
+  chainsBuilt_ = other.chainsBuilt_;
+  crowded_ = other.crowded_;
   medianValid_ = other.medianValid_;
   medianFeatureSize_ = other.medianFeatureSize_;
   if (!other.vertexGrid_) {
@@ -205,7 +206,8 @@ void gkContour::computeLineSegs() const {
   validLine_.clear();
   segIndex_.reset();
   chains_.reset();
-  chainsDecided_ = false;
+  chainsBuilt_ = false;
+  crowded_ = 0;
   const std::size_t count = static_cast<std::size_t>(segmentCount());
   lineSegs_.reserve(count);
   lines_.reserve(count);
@@ -253,7 +255,8 @@ void gkContour::cleanCacheInfo() {
   segRectsValid_ = false;
   segIndex_.reset();
   chains_.reset();
-  chainsDecided_ = false;
+  chainsBuilt_ = false;
+  crowded_ = 0;
   medianValid_ = false;
   medianFeatureSize_ = 0.0;
 }

@@ -416,18 +416,23 @@ const gk::detail::BoxIndex& gkContour::segmentIndex() const {
   return *segIndex_;
 }
 
-const gk::detail::ChainBounds* gkContour::crowdedChains() const {
-  const gk::detail::BoxIndex& index = segmentIndex();
-  if (!chainsDecided_) {
-    if (index.pairCount() > kChainPairsPerSegment * lineSegs_.size()) {
-      auto chains = std::make_shared<const gk::detail::ChainBounds>(points_, isClosed());
-      if (chains->on()) {
-        chains_ = std::move(chains);
-      }
+const gk::detail::ChainBounds* gkContour::chainBounds() const {
+  if (!chainsBuilt_) {
+    auto chains = std::make_shared<const gk::detail::ChainBounds>(points_, isClosed());
+    if (chains->on()) {
+      chains_ = std::move(chains);
     }
-    chainsDecided_ = true;
+    chainsBuilt_ = true;
   }
   return chains_.get();
+}
+
+const gk::detail::ChainBounds* gkContour::crowdedChains() const {
+  const gk::detail::BoxIndex& index = segmentIndex();
+  if (crowded_ == 0) {
+    crowded_ = index.pairCount() > kChainPairsPerSegment * lineSegs_.size() ? 1 : 2;
+  }
+  return crowded_ == 1 ? chainBounds() : nullptr;
 }
 
 long gkContour::closestVertexIndex(const gkVector<2>& pt) const {
@@ -552,6 +557,31 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
   gatherCandidates(query, points_, isClosed(), contourBox, segmentIndex(), crowdedChains(),
                    candidates);
   return crossingsAmong(query, candidates, {lineSegs_, lines_, segRects_, validLine_}, segIndices);
+}
+
+std::size_t gkContour::crossingCountThroughRuns(const gkLineSeg& seg, bool includeEnds) const {
+  checkEmptyContour();
+  const gkRect contourBox = encloseRect(gkXform<2>());
+  const SegmentQuery query(seg, contourBox, includeEnds);
+  if (!contourBox.overlaps(query.box())) {
+    return 0;
+  }
+  computeLineSegs();
+  std::vector<std::size_t> candidates;
+  const gk::detail::ChainBounds* chains = chainBounds();
+  if (chains != nullptr && query.apart().on()) {
+    // As in gatherCandidates: every segment the crossing test can accept is within the reach.
+    chains->candidates(seg.p1(), seg.p2(), query.apart().reach(), candidates);
+  } else {
+    gatherCandidates(query, points_, isClosed(), contourBox, segmentIndex(), crowdedChains(),
+                     candidates);
+  }
+  std::size_t count = 0;
+  for (const std::size_t k : candidates) {
+    gkVector<2> p;
+    count += query.crosses(lineSegs_[k], lines_[k], segRects_[k], validLine_[k], p) ? 1 : 0;
+  }
+  return count;
 }
 
 std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg, bool includeEnds) const {

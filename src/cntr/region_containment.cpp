@@ -9,17 +9,20 @@ long gkRegion::insideCount(const gkVector<2>& pt, bool bothDirections) const {
     return 0;
   }
   // A point on a vertex counts as inside, deliberately: no ray can be aimed through it.
+  // The bounds on runs of segments find the few directions and the few crossings that matter
+  // without visiting every vertex; the answers are those of the passes over every vertex.
   gkVector<2> direction;
-  if (!gk::detail::containmentRayDirection(points(), pt, direction)) {
+  if (!gk::detail::containmentRayDirection(points(), pt, direction, chainBounds())) {
     return 1;
   }
   // Twice the greatest distance from vertex 0: a length meant to cross the whole boundary.
+  // Crossings with the outer boundary only, as intersections(ray, false, false) counts them.
   const double length = diameter(gkContourDefs::eFirstVertexCentered);
   long count =
-      static_cast<long>(intersections(gkLineSeg(pt, pt + direction * length), false, false).size());
+      static_cast<long>(crossingCountThroughRuns(gkLineSeg(pt, pt + direction * length), false));
   if (bothDirections) {
-    const long back = static_cast<long>(
-        intersections(gkLineSeg(pt, pt - direction * length), false, false).size());
+    const long back =
+        static_cast<long>(crossingCountThroughRuns(gkLineSeg(pt, pt - direction * length), false));
     count = std::min(count, back);
   }
   return count;

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include <gk/base/tolerances.h>
 #include <gk/base/vector.h>
 
+#include "base/detail/chain_bounds.h"
 #include "base/detail/ray_direction.h"
 #include "plain_reference.h"
 #include "plain_region_reference.h"
@@ -27,18 +29,30 @@ bool sameBits(double a, double b) {
   return a == b ? std::signbit(a) == std::signbit(b) : std::isnan(a) && std::isnan(b);
 }
 
-/// Asserts that the fast selection gives the plain direction bit for bit.
-void expectPlainDirection(const Points& vertices, const gkVector<2>& pt) {
-  gkVector<2> fast(7.0, 7.0);
+/// Asserts that the fast selection, by the pass over every vertex and by the search of the
+/// runs of segments of the closed walk, gives the plain direction bit for bit.
+/// chains are the runs of vertices' closed walk, built here when not given.
+void expectPlainDirection(const Points& vertices, const gkVector<2>& pt,
+                          const gk::detail::ChainBounds* chains = nullptr) {
   gkVector<2> plain(7.0, 7.0);
-  const bool fastRay = containmentRayDirection(vertices, pt, fast);
   const bool plainRay = gk::test::plainRayDirection(vertices, pt, plain);
-  ASSERT_EQ(fastRay, plainRay) << "n " << vertices.size() << " at (" << pt.x() << ", " << pt.y()
-                               << ")";
-  if (plainRay) {
-    ASSERT_TRUE(sameBits(fast.x(), plain.x()) && sameBits(fast.y(), plain.y()))
-        << "n " << vertices.size() << " at (" << pt.x() << ", " << pt.y() << "): fast (" << fast.x()
-        << ", " << fast.y() << ") plain (" << plain.x() << ", " << plain.y() << ")";
+  std::unique_ptr<gk::detail::ChainBounds> built;
+  if (chains == nullptr) {
+    built = std::make_unique<gk::detail::ChainBounds>(vertices, true);
+    chains = built.get();
+  }
+  for (const gk::detail::ChainBounds* runs :
+       {static_cast<const gk::detail::ChainBounds*>(nullptr), chains}) {
+    gkVector<2> fast(7.0, 7.0);
+    const bool fastRay = containmentRayDirection(vertices, pt, fast, runs);
+    ASSERT_EQ(fastRay, plainRay) << "n " << vertices.size() << " at (" << pt.x() << ", " << pt.y()
+                                 << "), runs " << (runs != nullptr);
+    if (plainRay) {
+      ASSERT_TRUE(sameBits(fast.x(), plain.x()) && sameBits(fast.y(), plain.y()))
+          << "n " << vertices.size() << " at (" << pt.x() << ", " << pt.y() << "), runs "
+          << (runs != nullptr) << ": fast (" << fast.x() << ", " << fast.y() << ") plain ("
+          << plain.x() << ", " << plain.y() << ")";
+    }
   }
 }
 
@@ -60,8 +74,9 @@ TEST(ContainmentRayDirection, MatchesTheFullSortInsideAndAroundDenseStars) {
   std::uniform_real_distribution<double> u(-140, 140);
   for (const std::size_t n : {17u, 100u, 1000u, 20000u}) {
     const Points v = star(n, rng);
+    const gk::detail::ChainBounds chains(v, true);
     for (int q = 0; q < 200; ++q) {
-      expectPlainDirection(v, gkVector<2>(u(rng), u(rng)));
+      expectPlainDirection(v, gkVector<2>(u(rng), u(rng)), &chains);
     }
   }
 }
@@ -71,10 +86,11 @@ TEST(ContainmentRayDirection, MatchesTheFullSortWhereEveryDirectionLiesInANarrow
   // wide gap is then the one that wraps round, or lies in the quadrant the cone is in.
   std::mt19937_64 rng(6);
   const Points v = star(4000, rng);
+  const gk::detail::ChainBounds chains(v, true);
   for (int k = 0; k < 64; ++k) {
     const double a = kTwoPi * k / 64.0;
-    expectPlainDirection(v, gkVector<2>(5000 * std::cos(a), 5000 * std::sin(a)));
-    expectPlainDirection(v, gkVector<2>(150 * std::cos(a), 150 * std::sin(a)));
+    expectPlainDirection(v, gkVector<2>(5000 * std::cos(a), 5000 * std::sin(a)), &chains);
+    expectPlainDirection(v, gkVector<2>(150 * std::cos(a), 150 * std::sin(a)), &chains);
   }
 }
 
@@ -172,4 +188,46 @@ TEST(ContainmentRayDirection, WithoutAWideEnoughGapTheRayRunsAlongPlusX) {
   gkVector<2> direction;
   ASSERT_TRUE(containmentRayDirection(v, gkVector<2>(0, 0), direction));
   EXPECT_EQ(direction, gkVector<2>(1.0, 0.0));
+}
+
+TEST(ContainmentRayDirection, MatchesTheFullSortAroundAndOnFineOutlines) {
+  // Smooth outlines with noise near the vertex spacing: points inside, outside within the box
+  // (many seeing part of the outline edge-on), next to vertices at and around the tolerance,
+  // and next to the middle of segments.
+  std::mt19937_64 rng(12);
+  std::uniform_real_distribution<double> u(0, 1);
+  for (const std::size_t n : {40u, 300u, 5000u, 20000u}) {
+    Points v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double t = kTwoPi * static_cast<double>(k) / static_cast<double>(n);
+      const double r = 100 * (1 + 0.2 * std::sin(3 * t) + 0.1 * std::cos(7 * t)) + 0.02 * u(rng);
+      v.emplace_back(r * std::cos(t), r * std::sin(t));
+    }
+    const gk::detail::ChainBounds chains(v, true);
+    for (int q = 0; q < 200; ++q) {
+      const gkVector<2>& a = v[static_cast<std::size_t>(u(rng) * static_cast<double>(n))];
+      const gkVector<2>& b = v[(static_cast<std::size_t>(u(rng) * static_cast<double>(n)))];
+      switch (q % 5) {
+        case 0:
+          expectPlainDirection(v, gkVector<2>(280 * u(rng) - 140, 280 * u(rng) - 140), &chains);
+          break;
+        case 1: {
+          const double f[] = {0.5, 0.999, 1.0, 1.001, 2.0};
+          const double a0 = kTwoPi * u(rng);
+          const double d = gkTolProximity * f[q / 5 % 5];
+          expectPlainDirection(v, a + gkVector<2>(d * std::cos(a0), d * std::sin(a0)), &chains);
+          break;
+        }
+        case 2:
+          expectPlainDirection(v, (a + b) / 2.0, &chains);
+          break;
+        case 3:
+          expectPlainDirection(v, a * (1.0 + 1e-3 * (u(rng) - 0.5)), &chains);
+          break;
+        default:
+          expectPlainDirection(v, a + gkVector<2>(0, 1e-9 * (u(rng) - 0.5)), &chains);
+          break;
+      }
+    }
+  }
 }

@@ -733,3 +733,53 @@ TEST(RegionContainmentFastPaths, InsideCountMatchesTheFullSortOnDenseStars) {
     }
   }
 }
+
+TEST(RegionContainmentFastPaths, InsideCountMatchesThePlainCountNextToFineOutlines) {
+  // The direction and the crossings are searched through the runs of segments: points next to
+  // segments and vertices at distances around the tolerance (where the ray drops segments
+  // passing near its start), inside, outside and out of the box, on a fine outline and on a
+  // crowded star, must count as the plain passes count.
+  std::mt19937_64 rng(17);
+  std::uniform_real_distribution<double> u(0, 1);
+  const double distances[] = {0.0, 0.5e-6, 0.99e-6, 1e-6, 1.01e-6, 2e-6, 1e-3};
+  std::size_t inside = 0;
+  for (const bool spiky : {false, true}) {
+    const std::size_t n = spiky ? 1500 : 3000;
+    std::vector<gkVector<2>> v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double t = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
+      const double r =
+          spiky ? 100 * (1 + 3 * u(rng)) : 100 * (1 + 0.2 * std::sin(3 * t)) + 0.02 * u(rng);
+      v.emplace_back(r * std::cos(t), r * std::sin(t));
+    }
+    const gkRegion region(v, gkContourDefs::eIgnore);
+    const gk::test::PlainRegion plain(region);
+    for (int q = 0; q < 300; ++q) {
+      const std::size_t i = static_cast<std::size_t>(u(rng) * static_cast<double>(n - 1));
+      const gkVector<2> along = v[i + 1] - v[i];
+      const gkVector<2> normal = gkVector<2>(-along.y(), along.x()) / along.len();
+      const double d = distances[q % 7] * (u(rng) < 0.5 ? 1.0 : -1.0);
+      gkVector<2> p;
+      switch (q % 3) {
+        case 0:
+          p = v[i] + along * u(rng) + normal * d;
+          break;
+        case 1:
+          p = v[i] + normal * d;
+          break;
+        default:
+          p = gkVector<2>(500 * u(rng) - 250, 500 * u(rng) - 250);
+          break;
+      }
+      for (const bool both : {false, true}) {
+        const long fast = RegionAccess::insideCount(region, p, both);
+        ASSERT_EQ(fast, plain.plainInsideCount(p, both))
+            << (spiky ? "star" : "outline") << " query " << q << " both " << both;
+        inside += fast % 2 == 1 ? 1 : 0;
+      }
+      ASSERT_EQ(region.inside(p, true), plain.plainInside(p, true)) << "query " << q;
+    }
+  }
+  EXPECT_GT(inside, 300u);
+  EXPECT_LT(inside, 1000u);
+}

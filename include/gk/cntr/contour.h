@@ -231,10 +231,16 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   /// The index over the boxes of the valid segments, built (with the segment caches) on first
   /// use and kept with them.
   const gk::detail::BoxIndex& segmentIndex() const;
-  /// The rectangles of runs of consecutive segments, built on first use when the segment index
-  /// is crowded (its cells list many pairs a segment: long spikes), and kept with the index;
-  /// null when the index serves queries well, or when the rectangles hold no bound.
+  /// The rectangles of runs of consecutive segments, built on first use and kept with the
+  /// segment caches; null when they hold no bound (a coordinate NaN or beyond 1e100).
+  const gk::detail::ChainBounds* chainBounds() const;
+  /// chainBounds() when the segment index is crowded (its cells list many pairs a segment: long
+  /// spikes), null when the index serves segment queries well.
   const gk::detail::ChainBounds* crowdedChains() const;
+  /// How many crossings intersections(seg, includeEnds) finds, the candidates searched through
+  /// chainBounds(): for containment rays, which meet an outline in few places whatever its
+  /// shape.
+  std::size_t crossingCountThroughRuns(const gkLineSeg& seg, bool includeEnds) const;
 
   /// The crossings with seg (as the public form) and, in segIndices, the segment number each was
   /// found on.
@@ -296,9 +302,12 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   // The grid over segRects_ that narrows segment queries; built with the segment caches and
   // dropped with them. Immutable once built, so copies share it.
   mutable std::shared_ptr<const gk::detail::BoxIndex> segIndex_;
-  // Built with the index when it is crowded; chainsDecided_ says whether that was settled.
+  // Built on first use (segment queries on a crowded index, containment), dropped with the
+  // index; chainsBuilt_ says whether that was tried, crowded_ whether the index is crowded
+  // (0 not known yet, 1 yes, 2 no).
   mutable std::shared_ptr<const gk::detail::ChainBounds> chains_;
-  mutable bool chainsDecided_ = false;
+  mutable bool chainsBuilt_ = false;
+  mutable unsigned char crowded_ = 0;
   mutable bool medianValid_ = false;
   mutable double medianFeatureSize_ = 0.0;
   mutable std::unique_ptr<VertexGrids> vertexGrid_;

@@ -189,6 +189,54 @@ void ChainBounds::candidates(const gkVector<2>& p, const gkVector<2>& q, double 
   }
 }
 
+void ChainBounds::leafVertices(std::size_t j, std::size_t& begin, std::size_t& end) const {
+  // Each segment's end, and for an open walk also vertex 0, which ends no segment.
+  const std::size_t s0 = j * kLeafSegments;
+  const std::size_t s1 = std::min(segments_, s0 + kLeafSegments);
+  begin = closed_ || s0 == 0 ? s0 : s0 + 1;
+  end = closed_ ? s1 : s1 + 1;
+}
+
+namespace {
+
+/// How far the rectangles are grown so that they hold the vertices whatever the rounding of the
+/// projections (under 3 units of rounding of the largest coordinate each), in such units.
+constexpr double kGrowth = 16.0;
+
+}  // namespace
+
+void ChainBounds::corners(std::size_t level, std::size_t j, gkVector<2> (&out)[4]) const {
+  const Node& node = levels_[level][j];
+  const double grow = kGrowth * kEpsilon * magnitude_;
+  const double a[2] = {node.a0 - grow, node.a1 + grow};
+  const double b[2] = {node.b0 - grow, node.b1 + grow};
+  // The axis is of unit length within a few units of rounding, so turning back by it is the
+  // inverse of the projection within a few units of rounding of the largest coordinate.
+  for (int i = 0; i < 4; ++i) {
+    const double u = a[i / 2];
+    const double w = b[(i / 2 + i) % 2];
+    out[i] = gkVector<2>(u * node.ax - w * node.ay, u * node.ay + w * node.ax);
+  }
+}
+
+double ChainBounds::cornerError() const {
+  // The rectangle's own corner coordinates reach about 1.5 times the largest vertex coordinate
+  // (more for a rectangle whose axis is turned against the run: grown by its width, which is at
+  // most twice the spread): 16 units of that magnitude cover the rounding of turning back.
+  return 64.0 * kEpsilon * magnitude_;
+}
+
+bool ChainBounds::near(std::size_t level, std::size_t j, const gkVector<2>& pt,
+                       double radius) const {
+  const Node& node = levels_[level][j];
+  const double reach = radius + (kGrowth + 8.0) * kEpsilon *
+                                    std::max({magnitude_, std::abs(pt.x()), std::abs(pt.y())});
+  const double a = node.ax * pt.x() + node.ay * pt.y();
+  const double b = node.ax * pt.y() - node.ay * pt.x();
+  return !(a < node.a0 - reach || a > node.a1 + reach || b < node.b0 - reach ||
+           b > node.b1 + reach);
+}
+
 std::size_t ChainBounds::bytes() const {
   std::size_t total = sizeof(*this) + levels_.capacity() * sizeof(std::vector<Node>);
   for (const std::vector<Node>& level : levels_) {

@@ -41,6 +41,28 @@ class ChainBounds {
 
   std::size_t segmentCount() const { return segments_; }
 
+  // --- the tree itself, for searches other than by distance ----------------------------------
+  // Levels run from 0 (the leaves) to levelCount() - 1 (one node); node j of level l > 0 has
+  // children 2j and 2j + 1 of level l - 1 (the second may not exist). Only when on().
+
+  std::size_t levelCount() const { return levels_.size(); }
+  std::size_t nodeCount(std::size_t level) const { return levels_[level].size(); }
+
+  /// The vertices leaf j answers for, [begin, end): each vertex belongs to exactly one leaf.
+  void leafVertices(std::size_t j, std::size_t& begin, std::size_t& end) const;
+
+  /// Four corners of a rectangle that holds every vertex under node j of the level, however the
+  /// bounds were rounded: the node's rectangle grown by the rounding of the projections. Each
+  /// corner is itself within cornerError() of the exact corner of that grown rectangle.
+  void corners(std::size_t level, std::size_t j, gkVector<2> (&out)[4]) const;
+
+  /// Whether pt may lie within radius of the grown rectangle of node j of the level (true when
+  /// in doubt).
+  bool near(std::size_t level, std::size_t j, const gkVector<2>& pt, double radius) const;
+
+  /// A bound on how far a computed corner lies from the exact one.
+  double cornerError() const;
+
   /// Bytes held, for memory accounting.
   std::size_t bytes() const;
 

@@ -4,11 +4,13 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <queue>
 #include <utility>
 
 #include <gk/base/angle.h>
 #include <gk/base/tolerances.h>
 
+#include "base/detail/chain_bounds.h"
 #include "base/detail/total_order.h"
 
 namespace gk::detail {
@@ -175,12 +177,184 @@ bool directionFromSmallestAngles(const std::vector<gkVector<2>>& vertices, const
   return false;
 }
 
+/// The tree search gives up (and the pass over every vertex answers) after expanding one run
+/// for every direction it must find plus one for every kVerticesPerRunBudget vertices. A run
+/// costs about as much as a dozen vertices of the pass: a point that sees much of the outline
+/// edge-on, or a dense star whose spikes crowd its +x ray, may need many runs, and the pass is
+/// then the cheaper.
+constexpr std::size_t kVerticesPerRunBudget = 32;
+
+/// The first-round search through the runs of segments: the on-vertex test, then the smallest
+/// directions by best-first search. Answers as the pass over every vertex would, or returns
+/// false (nothing decided) when the search gets too long.
+class RunSearch {
+ public:
+  RunSearch(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
+            const ChainBounds& chains)
+      : vertices_(vertices), pt_(pt), chains_(chains) {
+    const double m = std::max({chains.magnitude(), std::abs(pt.x()), std::abs(pt.y())});
+    // A corner of a run's rectangle, less pt, is off by at most this; a run this much farther
+    // from pt than that sees each corner within 2^-27 radians of its true direction.
+    cornerError_ = chains.cornerError() + 4.0 * std::numeric_limits<double>::epsilon() * m;
+    nearRadius_ = cornerError_ * 134217728.0;
+  }
+
+  /// Whether some vertex is within gkTolProximity of pt by the pass's own test: a vertex that
+  /// close ends a segment within that distance (give or take the rounding of the test).
+  bool onVertex() const {
+    const double m = std::max({chains_.magnitude(), std::abs(pt_.x()), std::abs(pt_.y())});
+    const double reach =
+        gkTolProximity * (1.0 + 1e-12) + 8.0 * std::numeric_limits<double>::epsilon() * m;
+    std::vector<std::size_t> segments;
+    chains_.candidates(pt_, pt_, reach, segments);
+    const std::size_t n = vertices_.size();
+    for (const std::size_t k : segments) {
+      // Closed walk: segment k runs from vertex k - 1 (n - 1 for k = 0) to vertex k.
+      for (const std::size_t i : {k == 0 ? n - 1 : k - 1, k}) {
+        const gkVector<2> v = vertices_[i] - pt_;
+        if (!(v.x() * v.x() + v.y() * v.y() > kOnVertexSquared) && v.len() <= gkTolProximity) {
+          return true;
+        }
+      }
+    }
+    return false;
+  }
+
+  /// Replaces entries by every vertex whose key is at most the m-th smallest key plus the key
+  /// margin, and sets km to that key; false when the search ran out of budget.
+  bool smallestKeys(std::size_t m, std::vector<KeyedVertex>& entries, double& km) const {
+    entries.clear();
+    struct Item {
+      double key;
+      std::size_t level;  // kVertex for a vertex
+      std::size_t index;
+      bool operator>(const Item& o) const { return key > o.key; }
+    };
+    constexpr std::size_t kVertex = static_cast<std::size_t>(-1);
+    std::priority_queue<Item, std::vector<Item>, std::greater<Item>> heap;
+    const std::size_t top = chains_.levelCount() - 1;
+    heap.push({keyBound(top, 0), top, 0});
+    std::size_t popped = 0;
+    bool found = false;
+    std::size_t budget = m + vertices_.size() / kVerticesPerRunBudget;
+    while (!heap.empty()) {
+      const Item item = heap.top();
+      if (found && item.key > km + kKeyMargin) {
+        break;
+      }
+      heap.pop();
+      if (item.level == kVertex) {
+        entries.push_back({item.key, item.index});
+        if (!found && ++popped == m) {
+          km = item.key;
+          found = true;
+        }
+        continue;
+      }
+      if (budget-- == 0) {
+        return false;
+      }
+      if (item.level == 0) {
+        std::size_t begin = 0;
+        std::size_t end = 0;
+        chains_.leafVertices(item.index, begin, end);
+        for (std::size_t i = begin; i < end; ++i) {
+          const gkVector<2> v = vertices_[i] - pt_;
+          heap.push({keyIn(quadrantOf(v.x(), v.y()), v.x(), v.y()), kVertex, i});
+        }
+        continue;
+      }
+      for (const std::size_t child : {2 * item.index, 2 * item.index + 1}) {
+        if (child < chains_.nodeCount(item.level - 1)) {
+          heap.push({keyBound(item.level - 1, child), item.level - 1, child});
+        }
+      }
+    }
+    return found;
+  }
+
+ private:
+  /// A lower bound on the keys of the directions from pt to every point of a run's rectangle:
+  /// 0 when the rectangle comes near pt, or near the +x ray from it or a hair below (where
+  /// keys start again from 0). Otherwise the directions to the rectangle span less than a half
+  /// turn without the start of the keys in it, so the smallest key is at a corner; a computed
+  /// corner's direction is within 2^-27 radians of the true one, and a key changes no faster
+  /// than its angle.
+  double keyBound(std::size_t level, std::size_t j) const {
+    if (chains_.near(level, j, pt_, nearRadius_)) {
+      return 0.0;
+    }
+    gkVector<2> c[4];
+    chains_.corners(level, j, c);
+    double lowY = std::numeric_limits<double>::infinity();
+    double highY = -lowY;
+    double highX = -lowY;
+    for (gkVector<2>& corner : c) {
+      corner = corner - pt_;
+      lowY = std::min(lowY, corner.y());
+      highY = std::max(highY, corner.y());
+      highX = std::max(highX, corner.x());
+    }
+    if (highX > -cornerError_ && lowY <= cornerError_ &&
+        highY >= -(cornerError_ + 1e-14 * std::max(highX, 0.0))) {
+      return 0.0;
+    }
+    double best = std::numeric_limits<double>::infinity();
+    for (const gkVector<2>& corner : c) {
+      const int q = quadrantOf(corner.x(), corner.y());
+      if (q == kNoQuadrant) {
+        return 0.0;
+      }
+      best = std::min(best, keyIn(q, corner.x(), corner.y()));
+    }
+    return best - 1e-8;
+  }
+
+  const std::vector<gkVector<2>>& vertices_;
+  gkVector<2> pt_;
+  const ChainBounds& chains_;
+  double cornerError_ = 0;
+  double nearRadius_ = 0;
+};
+
+/// The pass's rounds through the runs of segments. Returns 1 with the direction, 0 for a
+/// point on a vertex, -1 when the pass must decide.
+int directionThroughRuns(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
+                         const ChainBounds& chains, double threshold, gkVector<2>& direction) {
+  const RunSearch search(vertices, pt, chains);
+  if (search.onVertex()) {
+    return 0;
+  }
+  std::vector<KeyedVertex> entries;
+  double km = 0;
+  // The rounds of the pass (16, 128, 1024, ... directions), while they stay well below n.
+  for (std::size_t m = kFirstRound;
+       m < vertices.size() && (m == kFirstRound || 16 * m <= vertices.size()); m *= 8) {
+    if (!search.smallestKeys(m, entries, km)) {
+      return -1;
+    }
+    if (directionFromKeys(vertices, pt, entries, km, threshold, direction)) {
+      return 1;
+    }
+  }
+  return -1;
+}
+
 }  // namespace
 
 bool containmentRayDirection(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
-                             gkVector<2>& direction) {
+                             gkVector<2>& direction, const ChainBounds* chains) {
   const std::size_t n = vertices.size();
   const double threshold = kPi / static_cast<double>(n);
+  // The runs answer for finite coordinates within 1e-100 only, as do their bounds, and the
+  // pass's first round needs more than kFirstRound vertices.
+  if (chains != nullptr && chains->on() && chains->segmentCount() == n && n > kFirstRound &&
+      std::abs(pt.x()) <= 1e100 && std::abs(pt.y()) <= 1e100) {
+    const int found = directionThroughRuns(vertices, pt, *chains, threshold, direction);
+    if (found >= 0) {
+      return found == 1;
+    }
+  }
   // One pass: the on-vertex test and the kFirstRound smallest keys. It also logs every vertex
   // whose key comes within the margin of the largest key kept so far: since that only falls,
   // the log holds every candidate of the first round. A direction in a quadrant after the one

@@ -6,6 +6,8 @@
 
 namespace gk::detail {
 
+class ChainBounds;
+
 /// The direction of a region's containment ray from pt, or false when pt is within
 /// gkTolProximity of a vertex (such a point counts as inside: no ray can be aimed through it).
 ///
@@ -19,7 +21,11 @@ namespace gk::detail {
 /// between them are trusted only below a bound that no direction left out can reach. When
 /// that does not settle it the directions are all sorted. Either way the direction is,
 /// bit for bit, what the full sort gives.
+///
+/// chains, when given, are bounds on runs of consecutive segments of the closed walk through
+/// vertices: the on-vertex test and the smallest directions are then found by a search of
+/// those runs instead of a pass over every vertex, with the same answer.
 bool containmentRayDirection(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
-                             gkVector<2>& direction);
+                             gkVector<2>& direction, const ChainBounds* chains = nullptr);
 
 }  // namespace gk::detail

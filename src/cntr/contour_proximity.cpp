@@ -559,7 +559,8 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
   return crossingsAmong(query, candidates, {lineSegs_, lines_, segRects_, validLine_}, segIndices);
 }
 
-std::size_t gkContour::crossingCountThroughRuns(const gkLineSeg& seg, bool includeEnds) const {
+std::size_t gkContour::crossingCount(const gkLineSeg& seg, bool includeEnds,
+                                     const gk::detail::ChainBounds* runs) const {
   checkEmptyContour();
   const gkRect contourBox = encloseRect(gkXform<2>());
   const SegmentQuery query(seg, contourBox, includeEnds);
@@ -568,10 +569,9 @@ std::size_t gkContour::crossingCountThroughRuns(const gkLineSeg& seg, bool inclu
   }
   computeLineSegs();
   std::vector<std::size_t> candidates;
-  const gk::detail::ChainBounds* chains = chainBounds();
-  if (chains != nullptr && query.apart().on()) {
+  if (runs != nullptr && query.apart().on()) {
     // As in gatherCandidates: every segment the crossing test can accept is within the reach.
-    chains->candidates(seg.p1(), seg.p2(), query.apart().reach(), candidates);
+    runs->candidates(seg.p1(), seg.p2(), query.apart().reach(), candidates);
   } else {
     gatherCandidates(query, points_, isClosed(), contourBox, segmentIndex(), crowdedChains(),
                      candidates);

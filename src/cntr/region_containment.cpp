@@ -4,25 +4,36 @@
 
 #include "base/detail/ray_direction.h"
 
+namespace {
+
+/// Below this many vertices, the passes over every vertex are as fast as searching the runs of
+/// segments (measured: at 64 and 256 vertices the search costs half as much again, from 2048
+/// on it wins).
+constexpr std::size_t kRunsMinimum = 1024;
+
+}  // namespace
+
 long gkRegion::insideCount(const gkVector<2>& pt, bool bothDirections) const {
   if (!encloseRect(gkXform<2>()).within(pt)) {
     return 0;
   }
   // A point on a vertex counts as inside, deliberately: no ray can be aimed through it.
-  // The bounds on runs of segments find the few directions and the few crossings that matter
-  // without visiting every vertex; the answers are those of the passes over every vertex.
+  // From kRunsMinimum vertices on, the bounds on runs of segments find the few directions and
+  // the few crossings that matter without visiting every vertex; the answers are those of the
+  // passes over every vertex.
+  const gk::detail::ChainBounds* runs = points().size() >= kRunsMinimum ? chainBounds() : nullptr;
   gkVector<2> direction;
-  if (!gk::detail::containmentRayDirection(points(), pt, direction, chainBounds())) {
+  if (!gk::detail::containmentRayDirection(points(), pt, direction, runs)) {
     return 1;
   }
   // Twice the greatest distance from vertex 0: a length meant to cross the whole boundary.
   // Crossings with the outer boundary only, as intersections(ray, false, false) counts them.
   const double length = diameter(gkContourDefs::eFirstVertexCentered);
   long count =
-      static_cast<long>(crossingCountThroughRuns(gkLineSeg(pt, pt + direction * length), false));
+      static_cast<long>(crossingCount(gkLineSeg(pt, pt + direction * length), false, runs));
   if (bothDirections) {
     const long back =
-        static_cast<long>(crossingCountThroughRuns(gkLineSeg(pt, pt - direction * length), false));
+        static_cast<long>(crossingCount(gkLineSeg(pt, pt - direction * length), false, runs));
     count = std::min(count, back);
   }
   return count;

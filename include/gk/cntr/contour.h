@@ -238,9 +238,10 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   /// spikes), null when the index serves segment queries well.
   const gk::detail::ChainBounds* crowdedChains() const;
   /// How many crossings intersections(seg, includeEnds) finds, the candidates searched through
-  /// chainBounds(): for containment rays, which meet an outline in few places whatever its
-  /// shape.
-  std::size_t crossingCountThroughRuns(const gkLineSeg& seg, bool includeEnds) const;
+  /// runs (this contour's chainBounds()) when given: for containment rays, which meet an
+  /// outline in few places whatever its shape.
+  std::size_t crossingCount(const gkLineSeg& seg, bool includeEnds,
+                            const gk::detail::ChainBounds* runs) const;
 
   /// The crossings with seg (as the public form) and, in segIndices, the segment number each was
   /// found on.

@@ -204,9 +204,10 @@ void gkContour::computeLineSegs() const {
   lines_.clear();
   segRects_.clear();
   validLine_.clear();
+  // The index is built over these boxes and goes with them. The runs of segments depend on the
+  // vertices alone and stay: a caller may hold them while the caches fill (cleanCacheInfo drops
+  // them with everything else).
   segIndex_.reset();
-  chains_.reset();
-  chainsBuilt_ = false;
   crowded_ = 0;
   const std::size_t count = static_cast<std::size_t>(segmentCount());
   lineSegs_.reserve(count);

@@ -597,3 +597,20 @@ TEST(ContourCacheClean, CleanDropsEveryCacheAndMarksTheObjectChanged) {
   EXPECT_TRUE(Access::noCache(c));
   EXPECT_GT(c.changeCount(), changes);
 }
+
+TEST(ContourCacheClean, RunsOfSegmentsStayWhileTheSegmentCachesFillAndGoWithAChange) {
+  // A containment query takes the runs before the segment caches exist; filling those must
+  // not drop the runs it holds. A change of the vertices drops them with everything else.
+  gkContour c(gk::test::unitSquare(), true, 0);
+  const gk::detail::ChainBounds* runs = Access::runs(c);
+  ASSERT_NE(runs, nullptr);
+  Access::fillSegmentCaches(c);
+  EXPECT_EQ(Access::runs(c), runs);
+  gkContour copy(gk::test::bowTie(), true, 0);
+  copy = c;
+  EXPECT_EQ(Access::runs(copy), runs);  // shared: they never change once built
+  c.points(gk::test::bowTie());
+  EXPECT_TRUE(Access::noCache(c));
+  EXPECT_FALSE(Access::runsBuilt(c));
+  EXPECT_EQ(Access::runs(copy), runs);
+}

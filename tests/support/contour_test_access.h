@@ -55,8 +55,15 @@ class gkContourTestAccess {
            !c.lineSegsValid_ && !c.linesValid_ && !c.segRectsValid_ && !c.medianValid_ &&
            c.medianFeatureSize_ == 0.0 && c.circleValid_ == std::vector<bool>(2, false) &&
            c.circles_.size() == 2 && !c.encloseRectCache_.allocated() &&
-           !c.extremalCache_.allocated() && !c.vertexGrid_;
+           !c.extremalCache_.allocated() && !c.vertexGrid_ && !c.segIndex_ && !c.chains_ &&
+           !c.chainsBuilt_ && c.crowded_ == 0;
   }
+
+  /// The runs of segments (built on first use) and whether they were built.
+  static const gk::detail::ChainBounds* runs(const gkContour& c) { return c.chainBounds(); }
+  static bool runsBuilt(const gkContour& c) { return c.chainsBuilt_; }
+  /// Fills the segment caches, as the first segment query does.
+  static void fillSegmentCaches(const gkContour& c) { c.computeLineSegs(); }
 
   static void checkEmptyContour(const gkContour& c) { c.checkEmptyContour(); }
 };

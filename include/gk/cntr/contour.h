@@ -231,8 +231,9 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   /// The index over the boxes of the valid segments, built (with the segment caches) on first
   /// use and kept with them.
   const gk::detail::BoxIndex& segmentIndex() const;
-  /// The rectangles of runs of consecutive segments, built on first use and kept with the
-  /// segment caches; null when they hold no bound (a coordinate NaN or beyond 1e100).
+  /// The rectangles of runs of consecutive segments, built on first use and kept until the
+  /// vertices change (filling the segment caches keeps them); null when they hold no bound (a
+  /// coordinate NaN or beyond 1e100).
   const gk::detail::ChainBounds* chainBounds() const;
   /// chainBounds() when the segment index is crowded (its cells list many pairs a segment: long
   /// spikes), null when the index serves segment queries well.
@@ -303,9 +304,9 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   // The grid over segRects_ that narrows segment queries; built with the segment caches and
   // dropped with them. Immutable once built, so copies share it.
   mutable std::shared_ptr<const gk::detail::BoxIndex> segIndex_;
-  // Built on first use (segment queries on a crowded index, containment), dropped with the
-  // index; chainsBuilt_ says whether that was tried, crowded_ whether the index is crowded
-  // (0 not known yet, 1 yes, 2 no).
+  // Built on first use (segment queries on a crowded index, containment) and dropped only by
+  // cleanCacheInfo; chainsBuilt_ says whether that was tried, crowded_ whether the index is
+  // crowded (0 not known yet, 1 yes, 2 no; dropped with the index).
   mutable std::shared_ptr<const gk::detail::ChainBounds> chains_;
   mutable bool chainsBuilt_ = false;
   mutable unsigned char crowded_ = 0;

@@ -510,22 +510,13 @@ std::vector<int> gkContour::vertexIndex(const gkVector<2>& pt, double tolerance)
   }
   const long cx = gk::detail::gridCell(pt.x(), tolerance);
   const long cy = gk::detail::gridCell(pt.y(), tolerance);
-  // The 3x3 neighbourhood of the query's cell, widened where rounding demands it: c / t is
-  // rounded, so a vertex just inside the tolerance can land two cells away (4.55 / 1.3 is
-  // 3.4999999999999996, cell 3, while 5.85 / 1.3 is exactly 4.5, cell 5). Every coordinate
-  // within the tolerance lies in [pt - t, pt + t] and cells are monotone, so scanning the cells
-  // of those two bounds as well misses nothing; in the usual case they are cx - 1 and cx + 1.
-  // Rounding moves a bound by at most one more cell, so the scan is capped at cx +- 2: that also
-  // keeps it to 5 columns when pt +- t overflows to an infinity.
-  const auto reach = [tolerance](double c, long cell, double toward) {
-    const long bound = gk::detail::gridCell(c + toward * tolerance, tolerance);
-    return toward < 0 ? std::min(cell - 1, std::max(bound, cell - 2))
-                      : std::max(cell + 1, std::min(bound, cell + 2));
-  };
-  const long aFirst = reach(pt.x(), cx, -1.0);
-  const long aLast = reach(pt.x(), cx, 1.0);
-  const long bFirst = reach(pt.y(), cy, -1.0);
-  const long bLast = reach(pt.y(), cy, 1.0);
+  // The 3x3 neighbourhood of the query's cell, widened where rounding demands it.
+  long aFirst = 0;
+  long aLast = 0;
+  long bFirst = 0;
+  long bLast = 0;
+  gk::detail::gridCellSpan(pt.x(), cx, tolerance, aFirst, aLast);
+  gk::detail::gridCellSpan(pt.y(), cy, tolerance, bFirst, bLast);
   std::vector<int> result;
   for (long a = aFirst; a <= aLast; ++a) {
     for (long b = bFirst; b <= bLast; ++b) {

@@ -12,6 +12,7 @@
 
 #include "base/detail/box_index.h"
 #include "base/detail/grid_cell.h"
+#include "base/detail/near_vertices.h"
 #include "base/detail/sequence_forest.h"
 
 namespace {
@@ -99,10 +100,12 @@ std::vector<Points> splitAtRepeats(const Points& walked) {
   };
   std::vector<std::vector<Near>> near(n);
   {
-    const gkContour everything(walked, false, 0);
+    const gk::detail::NearVertices everything(walked, kVertexCoincidence);
+    std::vector<int> nearby;
     std::size_t total = 0;
     for (std::size_t w = 0; w < n; ++w) {
-      for (const int found : everything.vertexIndex(walked[w], kVertexCoincidence)) {
+      everything.find(walked[w], nearby);
+      for (const int found : nearby) {
         const std::size_t k = static_cast<std::size_t>(found);
         if (k != w) {
           near[w].push_back({gk::detail::gridCell(walked[k].x(), kVertexCoincidence),
@@ -428,9 +431,11 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   }
   std::vector<std::vector<std::uint32_t>> nearOthers(all.size());
   {
-    const gkContour everything(all, false, 0);
+    const gk::detail::NearVertices everything(all, kVertexCoincidence);
+    std::vector<int> nearby;
     for (std::size_t k = 0; k < all.size(); ++k) {
-      for (const int found : everything.vertexIndex(all[k], kVertexCoincidence)) {
+      everything.find(all[k], nearby);
+      for (const int found : nearby) {
         const std::size_t other = owner[static_cast<std::size_t>(found)];
         if (other != owner[k]) {
           partners[owner[k]].insert(other);

@@ -21,4 +21,16 @@ inline long gridCell(double c, double t) {
   return static_cast<long>(r);
 }
 
+/// The cells, [first, last], that hold every coordinate within t of c, whose own cell is cell.
+/// The neighbours cell - 1 and cell + 1, widened where rounding demands it: c / t is rounded,
+/// so a coordinate just inside t can land two cells away (4.55 / 1.3 is 3.4999999999999996,
+/// cell 3, while 5.85 / 1.3 is exactly 4.5, cell 5). Every coordinate within t lies in
+/// [c - t, c + t] and cells are monotone, so the cells of those two bounds hold them all.
+/// Rounding moves a bound by at most one more cell, so the span is capped at cell +- 2, which
+/// also keeps it to 5 cells when c +- t overflows to an infinity.
+inline void gridCellSpan(double c, long cell, double t, long& first, long& last) {
+  first = std::min(cell - 1, std::max(gridCell(c - t, t), cell - 2));
+  last = std::max(cell + 1, std::min(gridCell(c + t, t), cell + 2));
+}
+
 }  // namespace gk::detail

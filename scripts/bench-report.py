@@ -651,29 +651,36 @@ exact answer costs more than the peer's, or because the fast path that would mee
 written:
 
 - **isSelfIntersecting.** Where the segment boxes crowd the grid's cells (dense radial spikes:
-  `star` at 16384 and beyond), a plane sweep now shows in O(n log n) that no two segments
-  sharing no vertex come close enough for the tolerance-based crossing test to accept them:
-  about 0.55 us a vertex, 10x GEOS isSimple and 11x Boost at 16384 (GEOS varies by a few per
-  cent between runs, so its ratio lands either side of 10), growth 10x from 16384 to 131072
-  (it was 94x). Smooth outlines keep the grid, whose pairs are listed cheaply and tested only
-  when their boxes overlap (about 45 ns a vertex at 16384: 0.9x GEOS, 0.6x Boost, whose tests
-  carry no tolerance and whose own sweeps are that fast; 10x there would mean under 5 ns a
-  vertex, less than filling our segment caches costs). The fine `blob` at 131072 (noise four
-  times the vertex spacing) lists 39 pairs a segment in the bounded grid, and about a quarter
-  of its time is the kernel handing over fresh pages for its caches: 12.4x to 13.3x its time
-  at 16384 across runs, against the 12x target (it was 80x to 90x). The self-intersecting
-  variants answer from the first crossing found (2.2x to 3.3x GEOS; 0.4x to 0.8x Boost).
-- **regularize / outerHull against Clipper.** The walk asks one segment query per step, and
-  each crossing query on a dense star still lists every segment whose box meets the step's box
-  (the sweep above settles whether there is a crossing, not which): 2.1x (regularize) and 1.2x
-  (outerHull) Clipper's union on `star-x` at 16384, 36x and 20x GEOS MakeValid. On `blob-x`
-  regularize is 2.9x Clipper and 16x GEOS; the outer hull then splits the walked boundary into
-  hundreds of loops and asks, for each small loop, whether the large one holds it: each such
-  containment query is a pass over the large loop's vertices (below), 0.36x Clipper and 2x GEOS
-  at 16384. Splitting and merging loops no longer copy them (a sequence forest: the 131072
-  outer hull went from 46 s to 1.1 s, now 3.3x Clipper and 3x GEOS there). Meeting 10x needs a
-  sweep that reports every crossing within the tolerance (Bentley-Ottmann over fattened
-  segments), and a containment query that does not visit every vertex.
+  `star` at 16384 and beyond), a plane sweep shows in O(n log n) that no two segments sharing
+  no vertex come close enough for the tolerance-based crossing test to accept them: about
+  0.55 us a vertex, 10x GEOS isSimple and 11x Boost at 16384 (GEOS varies by a few per cent
+  between runs, so its ratio lands either side of 10), growth 10x from 16384 to 131072.
+  Smooth outlines keep the grid, whose pairs are listed cheaply and tested only when their
+  boxes overlap (about 45 ns a vertex at 16384: 0.9x GEOS, 0.6x Boost, whose tests carry no
+  tolerance and whose own sweeps are that fast; 10x there would mean under 5 ns a vertex, less
+  than filling our segment caches costs). The fine `blob` at 131072 (noise four times the
+  vertex spacing) lists 39 pairs a segment in the bounded grid, and about a quarter of its time
+  is the kernel handing over fresh pages for its caches: 12.4x to 13.3x its time at 16384
+  across runs, against the 12x target. The self-intersecting variants are answered by a look at
+  the first thirty-second of the segments against their near neighbours before any cache is
+  built (a fold or a swapped pair near the start of the walk): about 1.1 ns a vertex, nearly
+  all of it the pass that bounds the contour for the crossing test's rounding margin, 10x to
+  180x the peers (10.5x Boost on `blob-x` at 16384, whose own test also stops at its first
+  crossing; 9.9x in another run).
+- **regularize / outerHull against Clipper.** The walk asks one segment query per step. On
+  dense stars those queries now search bounds on runs of consecutive segments (thin rectangles
+  along each run, in a tree) instead of the crowded grid: `star-x` regularize at 16384 went from
+  80 ms to 13 ms, 14x Clipper's union and 230x GEOS MakeValid (met). On `blob-x` the grid is not
+  crowded and each step costs about 0.6 us: 2.8x Clipper, 16x GEOS (46x and 49x at 131072).
+  The outer hull then splits the walked boundary into hundreds of loops and asks, for each
+  small loop, whether the large one holds it. Those containment queries search the runs too,
+  but a small loop's test point lies right beside the large loop, which it sees edge-on, and
+  there the search gives way to the pass over every vertex (below): that is about half of the
+  outer hull's time. Outer hull at 16384: 2.8x Clipper and 47x GEOS on `star-x`, 0.52x Clipper
+  and 3x GEOS on `blob-x`; about 3.3x both at 131072.
+- **intersections with another contour** (no ratio asked, near-linear growth): each segment of
+  the other contour is a query, on dense stars through the runs of segments, so the turned star
+  at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
 - **Moments (centerOfMass, inertiaMatrix).** The moments are defined as a sum over the triangles
   on the centre of mass, each through its altitude, foot and rotation (an atan2, a sine and a
   cosine per triangle), summed in three passes by size; the results must stay within 4 units in
@@ -682,12 +689,17 @@ written:
   200 ns a vertex is the price of those values; `area` alone, a cross-product sum, meets the
   target.
 - **inside.** Each query must aim its ray through the first wide gap of the sorted vertex
-  directions and test the segments with the crossing tolerance. The direction takes one pass
-  without angles (a division-free quadrant key, angles of the sixteen smallest only) and the
-  ray one pass of cross products: about 2.8x cv::pointPolygonTest's single pass at n >= 16384
-  and 4.2x to 4.6x at 1024, two passes against its one. A search of the smallest directions
-  through a wedge of grid cells was tried and was slower: points outside the outline, seen
-  edge-on, need many more directions than sixteen.
+  directions and test the segments with the crossing tolerance. From 1024 vertices on a region
+  finds the smallest directions best first through the runs of segments (a run's rectangle
+  bounds its directions from below) and counts the ray's crossings through them too, so a
+  query need not visit every vertex: met on `blob` at 16384 and 131072 (1.2x and 0.67x
+  cv::pointPolygonTest's time, a pass over every vertex). The dense `star` stays at about 2x
+  (2.05x and 2.09x here, 2.0x and 1.96x in the previous run): from most points its spikes crowd
+  the +x ray, so the smallest directions are spread over hundreds of runs (a sixth of the
+  points exhaust the search's budget and take the pass), and the ray itself crosses dozens of
+  spikes, each crossing tested with the tolerance. At 1024 (4.2x and 4.8x) the search does not
+  pay for itself and the passes run: points outside the outline that see it edge-on need far
+  more than sixteen directions, which costs more than cv's whole test.
 - **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
   16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
   points a plain sort is used.
@@ -697,10 +709,11 @@ written:
   least-squares fit is also about 12% less accurate on the noisy set than OpenCV's, whose fit
   is refined; a geometric refinement would close that at further cost.
 - **Memory.** The segment caches (segment, line, box and the grid index: about 120 bytes a
-  segment) and the vertex grid (a map of cells to vertex lists, one node per occupied cell) are
-  part of the contour as defined, and at small n the fixed parts add more per vertex. The region
-  peak includes regularize's temporaries (copies of the boundary during the walk and the hull's
-  loop handling).
+  segment), the runs of segments where they are kept (crowded contours and regions asked about
+  containment: about 12 bytes a vertex) and the vertex grid (a map of cells to vertex lists, one
+  node per occupied cell) are part of the contour, and at small n the fixed parts add more per
+  vertex. The region peak includes regularize's temporaries (copies of the boundary during the
+  walk and the hull's loop handling).
 """
 
 

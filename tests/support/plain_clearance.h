@@ -33,14 +33,22 @@ inline long double widePointSegment(const WidePoint& p, const WidePoint& a, cons
 }
 
 /// The distance between two segments: 0 when they cross or touch, else the least distance from
-/// an end of one to the other.
+/// an end of one to the other. A crossing needs the boxes to meet as well: on segments of one
+/// line the orientations are zeros that rounding may turn into opposite signs (where long
+/// double is no wider than double, as under valgrind), and segments of one line far apart
+/// would then seem to cross.
 inline long double wideSegmentDistance(const WidePoint& a1, const WidePoint& a2,
                                        const WidePoint& b1, const WidePoint& b2) {
   const long double o1 = wideCross(a1, a2, b1);
   const long double o2 = wideCross(a1, a2, b2);
   const long double o3 = wideCross(b1, b2, a1);
   const long double o4 = wideCross(b1, b2, a2);
-  if (((o1 > 0 && o2 < 0) || (o1 < 0 && o2 > 0)) && ((o3 > 0 && o4 < 0) || (o3 < 0 && o4 > 0))) {
+  const bool boxesMeet = std::max(a1.x, a2.x) >= std::min(b1.x, b2.x) &&
+                         std::max(b1.x, b2.x) >= std::min(a1.x, a2.x) &&
+                         std::max(a1.y, a2.y) >= std::min(b1.y, b2.y) &&
+                         std::max(b1.y, b2.y) >= std::min(a1.y, a2.y);
+  if (boxesMeet && ((o1 > 0 && o2 < 0) || (o1 < 0 && o2 > 0)) &&
+      ((o3 > 0 && o4 < 0) || (o3 < 0 && o4 > 0))) {
     return 0;
   }
   return std::min({widePointSegment(a1, b1, b2), widePointSegment(a2, b1, b2),

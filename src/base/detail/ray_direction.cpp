@@ -221,56 +221,62 @@ class RunSearch {
   }
 
   /// Replaces entries by every vertex whose key is at most the m-th smallest key plus the key
-  /// margin, and sets km to that key; false when the search ran out of budget.
+  /// margin (and maybe more), and sets km to that key; false when the search ran out of
+  /// budget. Runs are opened in the order of their bounds; the vertices of the leaves opened
+  /// are all entries, and the m smallest of their keys are kept in a small heap. Once no run
+  /// left has a bound within the margin of the m-th smallest key so far, every vertex not
+  /// listed lies beyond it, so the m smallest keys and every key within the margin of the
+  /// m-th are among the entries.
   bool smallestKeys(std::size_t m, std::vector<KeyedVertex>& entries, double& km) const {
     entries.clear();
-    struct Item {
-      double key;
-      std::size_t level;  // kVertex for a vertex
+    struct Run {
+      double bound;
+      std::size_t level;
       std::size_t index;
-      bool operator>(const Item& o) const { return key > o.key; }
+      bool operator>(const Run& o) const { return bound > o.bound; }
     };
-    constexpr std::size_t kVertex = static_cast<std::size_t>(-1);
-    std::priority_queue<Item, std::vector<Item>, std::greater<Item>> heap;
+    std::priority_queue<Run, std::vector<Run>, std::greater<Run>> runs;
+    std::priority_queue<double> smallest;  // the m smallest keys so far, largest on top
     const std::size_t top = chains_.levelCount() - 1;
-    heap.push({keyBound(top, 0), top, 0});
-    std::size_t popped = 0;
-    bool found = false;
+    runs.push({keyBound(top, 0), top, 0});
     std::size_t budget = m + vertices_.size() / kVerticesPerRunBudget;
-    while (!heap.empty()) {
-      const Item item = heap.top();
-      if (found && item.key > km + kKeyMargin) {
+    while (!runs.empty()) {
+      const Run run = runs.top();
+      if (smallest.size() == m && run.bound > smallest.top() + kKeyMargin) {
         break;
       }
-      heap.pop();
-      if (item.level == kVertex) {
-        entries.push_back({item.key, item.index});
-        if (!found && ++popped == m) {
-          km = item.key;
-          found = true;
-        }
-        continue;
-      }
+      runs.pop();
       if (budget-- == 0) {
         return false;
       }
-      if (item.level == 0) {
+      if (run.level == 0) {
         std::size_t begin = 0;
         std::size_t end = 0;
-        chains_.leafVertices(item.index, begin, end);
+        chains_.leafVertices(run.index, begin, end);
         for (std::size_t i = begin; i < end; ++i) {
           const gkVector<2> v = vertices_[i] - pt_;
-          heap.push({keyIn(quadrantOf(v.x(), v.y()), v.x(), v.y()), kVertex, i});
+          const double key = keyIn(quadrantOf(v.x(), v.y()), v.x(), v.y());
+          entries.push_back({key, i});
+          if (smallest.size() < m) {
+            smallest.push(key);
+          } else if (key < smallest.top()) {
+            smallest.pop();
+            smallest.push(key);
+          }
         }
         continue;
       }
-      for (const std::size_t child : {2 * item.index, 2 * item.index + 1}) {
-        if (child < chains_.nodeCount(item.level - 1)) {
-          heap.push({keyBound(item.level - 1, child), item.level - 1, child});
+      for (const std::size_t child : {2 * run.index, 2 * run.index + 1}) {
+        if (child < chains_.nodeCount(run.level - 1)) {
+          runs.push({keyBound(run.level - 1, child), run.level - 1, child});
         }
       }
     }
-    return found;
+    if (smallest.size() < m) {
+      return false;
+    }
+    km = smallest.top();
+    return true;
   }
 
  private:

@@ -665,8 +665,8 @@ written:
   the first thirty-second of the segments against their near neighbours before any cache is
   built (a fold or a swapped pair near the start of the walk): about 1.1 ns a vertex, nearly
   all of it the pass that bounds the contour for the crossing test's rounding margin, 10x to
-  180x the peers (10.5x Boost on `blob-x` at 16384, whose own test also stops at its first
-  crossing; 9.9x in another run).
+  180x the peers (10.3x Boost on `blob-x` at 16384, whose own test also stops at its first
+  crossing; 9.9x in one earlier run).
 - **regularize / outerHull against Clipper.** The walk asks one segment query per step. On
   dense stars those queries now search bounds on runs of consecutive segments (thin rectangles
   along each run, in a tree) instead of the crowded grid: `star-x` regularize at 16384 went from
@@ -676,8 +676,8 @@ written:
   small loop, whether the large one holds it. Those containment queries search the runs too,
   but a small loop's test point lies right beside the large loop, which it sees edge-on, and
   there the search gives way to the pass over every vertex (below): that is about half of the
-  outer hull's time. Outer hull at 16384: 2.8x Clipper and 47x GEOS on `star-x`, 0.52x Clipper
-  and 3x GEOS on `blob-x`; about 3.3x both at 131072.
+  outer hull's time. Outer hull at 16384: 3.1x Clipper and 52x GEOS on `star-x`, 0.55x Clipper
+  and 3x GEOS on `blob-x`; about 3.5x both at 131072.
 - **intersections with another contour** (no ratio asked, near-linear growth): each segment of
   the other contour is a query, on dense stars through the runs of segments, so the turned star
   at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
@@ -692,14 +692,12 @@ written:
   directions and test the segments with the crossing tolerance. From 1024 vertices on a region
   finds the smallest directions best first through the runs of segments (a run's rectangle
   bounds its directions from below) and counts the ray's crossings through them too, so a
-  query need not visit every vertex: met on `blob` at 16384 and 131072 (1.2x and 0.67x
-  cv::pointPolygonTest's time, a pass over every vertex). The dense `star` stays at about 2x
-  (2.05x and 2.09x here, 2.0x and 1.96x in the previous run): from most points its spikes crowd
-  the +x ray, so the smallest directions are spread over hundreds of runs (a sixth of the
-  points exhaust the search's budget and take the pass), and the ray itself crosses dozens of
-  spikes, each crossing tested with the tolerance. At 1024 (4.2x and 4.8x) the search does not
-  pay for itself and the passes run: points outside the outline that see it edge-on need far
-  more than sixteen directions, which costs more than cv's whole test.
+  query need not visit every vertex: met from 16384 on (1.1x and 0.63x cv::pointPolygonTest's
+  time on `blob`, 1.8x and 1.7x on the dense `star`, whose spikes crowd the +x ray of most
+  points, so the smallest directions are spread over hundreds of runs, and whose ray crosses
+  dozens of spikes). Not met at 1024 (3.9x and 4.5x): there the search barely pays for itself,
+  and the points outside the outline that see it edge-on need far more than sixteen directions,
+  which costs more than cv's whole test.
 - **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
   16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
   points a plain sort is used.

@@ -16,6 +16,7 @@
 #include <gk/base/vector.h>
 
 #include "base/detail/chain_bounds.h"
+#include "outlines.h"
 #include "plain_clearance.h"
 
 using gk::detail::ChainBounds;
@@ -235,25 +236,12 @@ void expectMeaningful(const Tally& tally, std::size_t required) {
 
 Points star(std::size_t n, std::mt19937_64& rng) {
   std::uniform_real_distribution<double> u(0.0, 1.0);
-  Points v;
-  for (std::size_t k = 0; k < n; ++k) {
-    const double angle = kTwoPi * static_cast<double>(k) / static_cast<double>(n);
-    const double radius = 100.0 * (1.0 + 0.3 * u(rng));
-    v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
-  }
-  return v;
+  return gk::test::starOutline(n, 0.3, [&] { return u(rng); });
 }
 
 Points blob(std::size_t n, std::mt19937_64& rng) {
-  std::uniform_real_distribution<double> u(-1.0, 1.0);
-  Points v;
-  for (std::size_t k = 0; k < n; ++k) {
-    const double t = kTwoPi * static_cast<double>(k) / static_cast<double>(n);
-    const double r =
-        100.0 * (1.0 + 0.2 * std::sin(3.0 * t) + 0.1 * std::cos(7.0 * t)) + 0.01 * u(rng);
-    v.emplace_back(r * std::cos(t), r * std::sin(t));
-  }
-  return v;
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  return gk::test::blobOutline(n, 0.01, [&] { return u(rng); });
 }
 
 /// Steps of random length in a slowly wandering direction: the walk crosses itself often.

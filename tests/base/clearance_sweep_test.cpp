@@ -13,6 +13,7 @@
 
 #include "base/detail/clearance_sweep.h"
 #include "base/detail/segment_walk.h"
+#include "outlines.h"
 #include "plain_clearance.h"
 
 using gk::detail::kNoSegment;
@@ -41,25 +42,12 @@ bool certifiedSoundly(const Points& points, bool closed, double reach = kReach) 
 
 Points star(std::size_t n, std::mt19937_64& rng, double spread = 0.3) {
   std::uniform_real_distribution<double> u(0.0, 1.0);
-  Points v;
-  for (std::size_t k = 0; k < n; ++k) {
-    const double angle = kTwoPi * static_cast<double>(k) / static_cast<double>(n);
-    const double radius = 100.0 * (1.0 + spread * u(rng));
-    v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
-  }
-  return v;
+  return gk::test::starOutline(n, spread, [&] { return u(rng); });
 }
 
 Points blob(std::size_t n, std::mt19937_64& rng) {
-  std::uniform_real_distribution<double> u(-1.0, 1.0);
-  Points v;
-  for (std::size_t k = 0; k < n; ++k) {
-    const double t = kTwoPi * static_cast<double>(k) / static_cast<double>(n);
-    const double r =
-        100.0 * (1.0 + 0.2 * std::sin(3.0 * t) + 0.1 * std::cos(7.0 * t)) + 0.01 * u(rng);
-    v.emplace_back(r * std::cos(t), r * std::sin(t));
-  }
-  return v;
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  return gk::test::blobOutline(n, 0.01, [&] { return u(rng); });
 }
 
 /// A closed rectilinear outline on integer coordinates: columns of random heights standing on

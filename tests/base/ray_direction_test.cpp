@@ -13,6 +13,7 @@
 
 #include "base/detail/chain_bounds.h"
 #include "base/detail/ray_direction.h"
+#include "outlines.h"
 #include "plain_reference.h"
 #include "plain_region_reference.h"
 
@@ -58,13 +59,7 @@ void expectPlainDirection(const Points& vertices, const gkVector<2>& pt,
 
 Points star(std::size_t n, std::mt19937_64& rng) {
   std::uniform_real_distribution<double> u(0, 1);
-  Points v;
-  for (std::size_t k = 0; k < n; ++k) {
-    const double a = kTwoPi * static_cast<double>(k) / static_cast<double>(n);
-    const double r = 100 * (1 + 0.3 * u(rng));
-    v.emplace_back(r * std::cos(a), r * std::sin(a));
-  }
-  return v;
+  return gk::test::starOutline(n, 0.3, [&] { return u(rng); });
 }
 
 }  // namespace

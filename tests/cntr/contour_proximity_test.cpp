@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "contour_test_access.h"
+#include "outlines.h"
 #include "plain_reference.h"
 #include "shapes.h"
 
@@ -1022,12 +1023,7 @@ bool sameBits(const std::vector<gkVector<2>>& a, const std::vector<gkVector<2>>&
 /// A star polygon of n vertices with radial noise, every vertex swapped with its successor with
 /// probability swapPercent/100: dense crossings for the grid.
 Points noisyStar(std::size_t n, int swapPercent, gk::test::DegenerateShapes& gen) {
-  Points v;
-  for (std::size_t k = 0; k < n; ++k) {
-    const double angle = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
-    const double radius = 100.0 * (1.0 + 0.3 * gen.real(1.0));
-    v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
-  }
+  Points v = gk::test::starOutline(n, 0.3, [&] { return gen.real(1.0); });
   for (std::size_t k = 0; k + 1 < n; ++k) {
     if (gen.pick(100) < static_cast<std::uint64_t>(swapPercent)) {
       std::swap(v[k], v[k + 1]);
@@ -1294,12 +1290,7 @@ TEST(ContourIndexedQueries, SelfIntersectionOfCrowdedOutlinesMatchesThePlainScan
   const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
   for (int shape = 0; shape < 48; ++shape) {
     const std::size_t n = 400 + gen.pick(300);
-    Points v;
-    for (std::size_t k = 0; k < n; ++k) {
-      const double angle = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
-      const double radius = 100.0 * (1.0 + 3.0 * gen.real(1.0));
-      v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
-    }
+    Points v = gk::test::starOutline(n, 3.0, [&] { return gen.real(1.0); });
     const std::size_t i = 1 + gen.pick(n - 6);
     switch (shape % 4) {
       case 1:
@@ -1344,12 +1335,7 @@ TEST(ContourIndexedQueries, CrossingsWithAnotherContourMatchThePlainWalkOnCrowde
   const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
   for (int shape = 0; shape < 24; ++shape) {
     const std::size_t n = 700 + gen.pick(300);
-    Points v;
-    for (std::size_t k = 0; k < n; ++k) {
-      const double angle = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
-      const double radius = 100.0 * (1.0 + 3.0 * gen.real(1.0));
-      v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
-    }
+    Points v = gk::test::starOutline(n, 3.0, [&] { return gen.real(1.0); });
     if (shape % 3 == 1) {
       const std::size_t i = 1 + gen.pick(n - 6);
       std::swap(v[i], v[i + 1]);
@@ -1398,12 +1384,7 @@ TEST(ContourIndexedQueries, SegmentQueriesOnCrowdedStarsMatchThePlainWalk) {
   const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
   for (int shape = 0; shape < 8; ++shape) {
     const std::size_t n = 600 + gen.pick(300);
-    Points v;
-    for (std::size_t k = 0; k < n; ++k) {
-      const double angle = 6.283185307179586 * static_cast<double>(k) / static_cast<double>(n);
-      const double radius = 100.0 * (1.0 + 3.0 * gen.real(1.0));
-      v.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
-    }
+    Points v = gk::test::starOutline(n, 3.0, [&] { return gen.real(1.0); });
     for (std::size_t k = 0; k + 1 < n; ++k) {
       if (gen.pick(10) == 0) {
         std::swap(v[k], v[k + 1]);

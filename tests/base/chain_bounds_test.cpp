@@ -23,6 +23,8 @@ using gk::detail::ChainBounds;
 using gk::test::WidePoint;
 using gk::test::wideSegmentDistance;
 
+using gk::test::scaled;
+
 namespace {
 
 using Points = std::vector<gkVector<2>>;
@@ -323,14 +325,6 @@ Points repeated(const Points& points, int most, std::mt19937_64& rng) {
     }
   }
   return v;
-}
-
-Points scaled(const Points& points, double scale, const gkVector<2>& shift) {
-  Points s;
-  for (const gkVector<2>& p : points) {
-    s.push_back(p * scale + shift);
-  }
-  return s;
 }
 
 std::string describe(const char* shape, std::size_t n, bool closed) {

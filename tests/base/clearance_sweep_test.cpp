@@ -20,6 +20,8 @@ using gk::detail::kNoSegment;
 using gk::detail::segmentsKeepClear;
 using gk::test::plainClearance;
 
+using gk::test::scaled;
+
 namespace {
 
 using Points = std::vector<gkVector<2>>;
@@ -76,14 +78,6 @@ Points transposed(const Points& points) {
     t.emplace_back(p.y(), p.x());
   }
   return t;
-}
-
-Points scaled(const Points& points, double scale, const gkVector<2>& shift) {
-  Points s;
-  for (const gkVector<2>& p : points) {
-    s.push_back(p * scale + shift);
-  }
-  return s;
 }
 
 /// Moves vertex i to distance d from segment (a, b), beside its middle, on the given side.

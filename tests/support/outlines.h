@@ -37,4 +37,14 @@ std::vector<gkVector<2>> blobOutline(std::size_t n, double noise, Unit&& unit) {
   return v;
 }
 
+/// Every point times scale, plus shift.
+inline std::vector<gkVector<2>> scaled(const std::vector<gkVector<2>>& points, double scale,
+                                       const gkVector<2>& shift) {
+  std::vector<gkVector<2>> s;
+  for (const gkVector<2>& p : points) {
+    s.push_back(p * scale + shift);
+  }
+  return s;
+}
+
 }  // namespace gk::test

@@ -26,6 +26,11 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
+/// Distances from a segment around the crossing test's tolerance (1e-6 from each segment, so
+/// 2e-6 apart at most), and a little and well beyond it: where crowded-index searches must
+/// keep every pair the plain scan keeps.
+constexpr double kNearTouches[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
+
 /// Opens the protected queries (the indexed intersections and the median feature size).
 class ProbeContour : public gkContour {
  public:
@@ -1287,7 +1292,6 @@ TEST(ContourIndexedQueries, SelfIntersectionOfCrowdedOutlinesMatchesThePlainScan
   gk::test::DegenerateShapes gen(77);
   int crowded = 0;
   int crossing = 0;
-  const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
   for (int shape = 0; shape < 48; ++shape) {
     const std::size_t n = 400 + gen.pick(300);
     Points v = gk::test::starOutline(n, 3.0, [&] { return gen.real(1.0); });
@@ -1302,7 +1306,7 @@ TEST(ContourIndexedQueries, SelfIntersectionOfCrowdedOutlinesMatchesThePlainScan
         const gkVector<2> along = b - a;
         const gkVector<2> normal = gkVector<2>(-along.y(), along.x()) / along.len();
         const double side = gen.pick(2) == 0 ? 1.0 : -1.0;
-        v[i] = (a + b) / 2.0 + normal * (side * distances[gen.pick(7)]);
+        v[i] = (a + b) / 2.0 + normal * (side * kNearTouches[gen.pick(7)]);
         break;
       }
       case 3:
@@ -1332,7 +1336,6 @@ TEST(ContourIndexedQueries, CrossingsWithAnotherContourMatchThePlainWalkOnCrowde
   gk::test::DegenerateShapes gen(91);
   int crowded = 0;
   std::size_t found = 0;
-  const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
   for (int shape = 0; shape < 24; ++shape) {
     const std::size_t n = 700 + gen.pick(300);
     Points v = gk::test::starOutline(n, 3.0, [&] { return gen.real(1.0); });
@@ -1354,7 +1357,7 @@ TEST(ContourIndexedQueries, CrossingsWithAnotherContourMatchThePlainWalkOnCrowde
     const gkVector<2> along = v[j + 1] - v[j];
     const gkVector<2> normal = gkVector<2>(-along.y(), along.x()) / along.len();
     const double side = gen.pick(2) == 0 ? 1.0 : -1.0;
-    w[gen.pick(n)] = (v[j] + v[j + 1]) / 2.0 + normal * (side * distances[gen.pick(7)]);
+    w[gen.pick(n)] = (v[j] + v[j + 1]) / 2.0 + normal * (side * kNearTouches[gen.pick(7)]);
 
     const gkContour c(v, shape % 6 < 4, 0);
     const gkContour other(w, shape % 4 < 3, 0);
@@ -1381,7 +1384,6 @@ TEST(ContourIndexedQueries, SegmentQueriesOnCrowdedStarsMatchThePlainWalk) {
   gk::test::DegenerateShapes gen(313);
   int crowded = 0;
   std::size_t found = 0;
-  const double distances[] = {0.5e-6, 0.9e-6, 1.1e-6, 1.9e-6, 2.1e-6, 5e-6, 1e-3};
   for (int shape = 0; shape < 8; ++shape) {
     const std::size_t n = 600 + gen.pick(300);
     Points v = gk::test::starOutline(n, 3.0, [&] { return gen.real(1.0); });
@@ -1412,7 +1414,7 @@ TEST(ContourIndexedQueries, SegmentQueriesOnCrowdedStarsMatchThePlainWalk) {
         case 2: {  // a stub stopping short of a segment, or past it, by about the tolerance
           const gkVector<2> mid = (v[i] + v[i + 1]) / 2.0;
           const double side = gen.pick(2) == 0 ? 1.0 : -1.0;
-          a = mid + normal * (side * distances[gen.pick(7)]);
+          a = mid + normal * (side * kNearTouches[gen.pick(7)]);
           b = mid + normal * (side * 5.0);
           break;
         }

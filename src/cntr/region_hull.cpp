@@ -2,7 +2,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <set>
-#include <unordered_map>
 #include <vector>
 
 #include <gk/base/assert.h>
@@ -316,31 +315,23 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     return;
   }
 
-  // Split the walked boundary into simple loops at every repeated vertex.
+  // Split the walked boundary into simple loops at every repeated vertex. The loops stay where
+  // they are built; the list the drop and merge steps reorder is a list of their numbers.
+  const std::vector<Points> split = splitAtRepeats(walked);
   std::vector<gkRegion> loops;
-  for (const Points& loop : splitAtRepeats(walked)) {
+  loops.reserve(split.size());
+  for (const Points& loop : split) {
     loops.emplace_back(loop, gkContourDefs::eIgnore);
   }
 
-  // Drop every loop that lies inside another (tested at the midpoint of its first edge). Loops
-  // only move in the list, never change, so each answer is kept under the two loops' original
-  // numbers: the loop now at a was asked about before, when it was last.
-  std::vector<gkRegion> kept = loops;
+  // Drop every loop that lies inside another (tested at the midpoint of its first edge). The
+  // scan never goes back: a loop before a was inside none of the loops, so it is inside none of
+  // fewer, and after a removal the scan resumes at a, which now holds the former last loop. So
+  // no pair of loops is asked twice and no answer needs keeping.
   std::vector<std::size_t> keptId(loops.size());
   for (std::size_t k = 0; k < keptId.size(); ++k) {
     keptId[k] = k;
   }
-  std::unordered_map<std::size_t, bool> known;
-  const auto holds = [&](std::size_t b, std::size_t a, const gkVector<2>& mid) {
-    const std::size_t key = keptId[b] * loops.size() + keptId[a];
-    const auto found = known.find(key);
-    if (found != known.end()) {
-      return found->second;
-    }
-    const bool inside = kept[b].inside(mid, true);
-    known.emplace(key, inside);
-    return inside;
-  };
   // A loop whose box does not hold the midpoint answers "outside" before anything else, so
   // only the loops an index over the boxes names need asking, still in list order. A loop of
   // fewer than 2 vertices has no box (asking it throws), and then every loop is asked.
@@ -348,6 +339,7 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
                                  [](const gkRegion& loop) { return loop.points().size() >= 2; });
   std::vector<gkRect> loopBoxes;
   if (boxed) {
+    loopBoxes.reserve(loops.size());
     for (const gkRegion& loop : loops) {
       loopBoxes.push_back(loop.encloseRect(gkXform<2>()));
     }
@@ -359,19 +351,17 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     slotOfId[k] = k;
   }
   std::vector<std::size_t> asked;
-  // A loop before a was inside none of the loops, so it is inside none of fewer: after a
-  // removal the scan resumes at a, which now holds the former last loop.
+  std::vector<std::size_t> ids;
   std::size_t resumeDrop = 0;
   for (bool removed = true; removed;) {
     removed = false;
-    for (std::size_t a = resumeDrop; a < kept.size() && !removed; ++a) {
+    for (std::size_t a = resumeDrop; a < keptId.size() && !removed; ++a) {
       resumeDrop = a;
-      const Points& av = kept[a].points();
+      const Points& av = loops[keptId[a]].points();
       GK_ASSERT(av.size() >= 2);
       const gkVector<2> mid = (av[1] + av[0]) / 2.0;
       asked.clear();
       if (boxed) {
-        std::vector<std::size_t> ids;
         boxIndex.candidates(gkRect(mid, gkVector<2>()), ids);
         for (const std::size_t id : ids) {
           if (slotOfId[id] != kGone) {
@@ -380,15 +370,13 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
         }
         std::sort(asked.begin(), asked.end());
       } else {
-        for (std::size_t b = 0; b < kept.size(); ++b) {
+        for (std::size_t b = 0; b < keptId.size(); ++b) {
           asked.push_back(b);
         }
       }
       for (const std::size_t b : asked) {
-        if (b != a && holds(b, a, mid)) {
+        if (b != a && loops[keptId[b]].inside(mid, true)) {
           slotOfId[keptId[a]] = kGone;
-          kept[a] = kept.back();
-          kept.pop_back();
           keptId[a] = keptId.back();
           keptId.pop_back();
           if (a < keptId.size()) {
@@ -400,7 +388,6 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
       }
     }
   }
-  loops = kept;
 
   // Merge loops that share a vertex into one boundary through that vertex: the first loop a
   // (in list order) that shares a vertex with a later loop is joined with the first such loop
@@ -413,9 +400,9 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   // numbers near it in other loops. A loop (by slot) is a sequence of numbers in a forest that
   // cuts and joins in O(log n), so that a large loop taking in many small ones is not copied
   // each time.
-  const std::size_t loopCount = loops.size();
+  const std::size_t loopCount = keptId.size();
   if (loopCount == 1) {
-    result = loops.front();
+    result = loops[keptId.front()];
     return;
   }
   std::vector<std::set<std::size_t>> partners(loopCount);  // by token: a loop's first slot
@@ -423,7 +410,7 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   std::vector<std::size_t> owner;
   std::vector<std::vector<Forest::Node>> numbers(loopCount);
   for (std::size_t t = 0; t < loopCount; ++t) {
-    for (const gkVector<2>& vertex : loops[t].points()) {
+    for (const gkVector<2>& vertex : loops[keptId[t]].points()) {
       numbers[t].push_back(static_cast<Forest::Node>(all.size()));
       all.push_back(vertex);
       owner.push_back(t);

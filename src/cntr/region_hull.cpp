@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -30,6 +31,16 @@ constexpr double kVertexCoincidence = 1e-6;
 std::size_t wrapIndex(long k, std::size_t n) {
   const long m = static_cast<long>(n);
   return static_cast<std::size_t>(k < 0 ? k + m : (k >= m ? k - m : k));
+}
+
+/// The box of a loop's vertices, enclosed one by one from the first: the box the loop's region
+/// gives for the identity transform, without building the region.
+gkRect vertexBox(const Points& v) {
+  gkRect box(v[0], gkVector<2>());
+  for (std::size_t i = 1; i < v.size(); ++i) {
+    box = box.enclose(gkRect(v[i], gkVector<2>()));
+  }
+  return box;
 }
 
 /// The vertices wrap(from), ..., wrap(to) of a loop of n, in order (to >= from - 1).
@@ -315,14 +326,18 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     return;
   }
 
-  // Split the walked boundary into simple loops at every repeated vertex. The loops stay where
-  // they are built; the list the drop and merge steps reorder is a list of their numbers.
-  const std::vector<Points> split = splitAtRepeats(walked);
-  std::vector<gkRegion> loops;
-  loops.reserve(split.size());
-  for (const Points& loop : split) {
-    loops.emplace_back(loop, gkContourDefs::eIgnore);
-  }
+  // Split the walked boundary into simple loops at every repeated vertex. The drop and merge
+  // steps reorder a list of the loops' numbers; a loop becomes a region (with the caches its
+  // containment test fills) only when another loop's midpoint asks it, as most small loops
+  // never are.
+  const std::vector<Points> loops = splitAtRepeats(walked);
+  std::vector<std::unique_ptr<gkRegion>> regions(loops.size());
+  const auto region = [&](std::size_t id) -> const gkRegion& {
+    if (!regions[id]) {
+      regions[id] = std::make_unique<gkRegion>(loops[id], gkContourDefs::eIgnore);
+    }
+    return *regions[id];
+  };
 
   // Drop every loop that lies inside another (tested at the midpoint of its first edge). The
   // scan never goes back: a loop before a was inside none of the loops, so it is inside none of
@@ -335,13 +350,13 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   // A loop whose box does not hold the midpoint answers "outside" before anything else, so
   // only the loops an index over the boxes names need asking, still in list order. A loop of
   // fewer than 2 vertices has no box (asking it throws), and then every loop is asked.
-  const bool boxed = std::all_of(loops.begin(), loops.end(),
-                                 [](const gkRegion& loop) { return loop.points().size() >= 2; });
+  const bool boxed =
+      std::all_of(loops.begin(), loops.end(), [](const Points& loop) { return loop.size() >= 2; });
   std::vector<gkRect> loopBoxes;
   if (boxed) {
     loopBoxes.reserve(loops.size());
-    for (const gkRegion& loop : loops) {
-      loopBoxes.push_back(loop.encloseRect(gkXform<2>()));
+    for (const Points& loop : loops) {
+      loopBoxes.push_back(vertexBox(loop));
     }
   }
   const gk::detail::BoxIndex boxIndex(loopBoxes, {});
@@ -357,7 +372,7 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     removed = false;
     for (std::size_t a = resumeDrop; a < keptId.size() && !removed; ++a) {
       resumeDrop = a;
-      const Points& av = loops[keptId[a]].points();
+      const Points& av = loops[keptId[a]];
       GK_ASSERT(av.size() >= 2);
       const gkVector<2> mid = (av[1] + av[0]) / 2.0;
       asked.clear();
@@ -375,7 +390,7 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
         }
       }
       for (const std::size_t b : asked) {
-        if (b != a && loops[keptId[b]].inside(mid, true)) {
+        if (b != a && region(keptId[b]).inside(mid, true)) {
           slotOfId[keptId[a]] = kGone;
           keptId[a] = keptId.back();
           keptId.pop_back();
@@ -402,7 +417,7 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   // each time.
   const std::size_t loopCount = keptId.size();
   if (loopCount == 1) {
-    result = loops[keptId.front()];
+    result = region(keptId.front());
     return;
   }
   std::vector<std::set<std::size_t>> partners(loopCount);  // by token: a loop's first slot
@@ -410,7 +425,7 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   std::vector<std::size_t> owner;
   std::vector<std::vector<Forest::Node>> numbers(loopCount);
   for (std::size_t t = 0; t < loopCount; ++t) {
-    for (const gkVector<2>& vertex : loops[keptId[t]].points()) {
+    for (const gkVector<2>& vertex : loops[keptId[t]]) {
       numbers[t].push_back(static_cast<Forest::Node>(all.size()));
       all.push_back(vertex);
       owner.push_back(t);

@@ -660,8 +660,9 @@ written:
   tolerance and whose own sweeps are that fast; 10x there would mean under 5 ns a vertex, less
   than filling our segment caches costs). The fine `blob` at 131072 (noise four times the
   vertex spacing) lists 39 pairs a segment in the bounded grid, and about a quarter of its time
-  is the kernel handing over fresh pages for its caches: 12.4x to 13.3x its time at 16384
-  across runs, against the 12x target. The self-intersecting variants are answered by a look at
+  is the kernel handing over fresh pages for its caches: 11x to 13.6x its time at 16384
+  across runs (the two sizes are timed minutes apart, and the machine's load moves the ratio
+  more than anything left to change), against the 12x target. The self-intersecting variants are answered by a look at
   the first thirty-second of the segments against their near neighbours before any cache is
   built (a fold or a swapped pair near the start of the walk): about 1.1 ns a vertex, nearly
   all of it the pass that bounds the contour for the crossing test's rounding margin, 10x to
@@ -676,8 +677,11 @@ written:
   small loop, whether the large one holds it. Those containment queries search the runs too,
   but a small loop's test point lies right beside the large loop, which it sees edge-on, and
   there the search gives way to the pass over every vertex (below): that is about half of the
-  outer hull's time. Outer hull at 16384: 3.1x Clipper and 52x GEOS on `star-x`, 0.55x Clipper
-  and 3x GEOS on `blob-x`; about 3.5x both at 131072.
+  outer hull's time. Outer hull at 16384: 3.1x Clipper and 51x GEOS on `star-x`, 0.52x Clipper
+  and 3x GEOS on `blob-x`. At 131072 the fine `blob-x` splits into 48 000 loops; the hull no
+  longer keeps an answer for every pair of loops it asks (3.6 million, never asked twice) nor
+  copies the loops as regions, which took it from 1.07 s to 0.38 s: 9.6x Clipper and 8.8x
+  GEOS there.
 - **intersections with another contour** (no ratio asked, near-linear growth): each segment of
   the other contour is a query, on dense stars through the runs of segments, so the turned star
   at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
@@ -695,23 +699,38 @@ written:
   query need not visit every vertex: met from 16384 on (1.1x and 0.63x cv::pointPolygonTest's
   time on `blob`, 1.8x and 1.7x on the dense `star`, whose spikes crowd the +x ray of most
   points, so the smallest directions are spread over hundreds of runs, and whose ray crosses
-  dozens of spikes). Not met at 1024 (3.9x and 4.5x): there the search barely pays for itself,
+  dozens of spikes). Not met at 1024 (3.5x and 4.2x): there the search barely pays for itself,
   and the points outside the outline that see it edge-on need far more than sixteen directions,
-  which costs more than cv's whole test.
+  often more than 128, and then every direction is an atan2 and the whole list is sorted. On
+  `blob` at 1024 the median query takes 2.5 us (1.7x cv), but the 14% of queries that need
+  that full sort take 10 to 52 us and make 65% of the time. Screening the final round's gaps
+  by the cheap keys (or by an approximate angle with a proven error bound), so that only the
+  gaps near the threshold take an atan2, would bring those to a few microseconds; it is not
+  yet written.
 - **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
   16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
   points a plain sort is used.
 - **gwEllipseFit.** The fit reports the root-mean-square orthogonal distance of the points to the
   fitted ellipse, an iterative root per point (now about four bracketed Newton steps instead of
-  sixty bisections: 13 ms to 4 ms at 16384); cv::fitEllipse computes no such error. The direct
-  least-squares fit is also about 12% less accurate on the noisy set than OpenCV's, whose fit
-  is refined; a geometric refinement would close that at further cost.
-- **Memory.** The segment caches (segment, line, box and the grid index: about 120 bytes a
-  segment), the runs of segments where they are kept (crowded contours and regions asked about
-  containment: about 12 bytes a vertex) and the vertex grid (a map of cells to vertex lists, one
-  node per occupied cell) are part of the contour, and at small n the fixed parts add more per
-  vertex. The region peak includes regularize's temporaries (copies of the boundary during the
-  walk and the hull's loop handling).
+  sixty bisections: 13 ms to 4 ms at 16384), half the time; cv::fitEllipse computes no such
+  error. Accuracy: at 64 points OpenCV's own direct fit (cv::fitEllipseDirect, the same
+  estimator) gives gkgeom's error to four digits, and both beat cv::fitEllipse. From 1024
+  points on, cv::fitEllipseDirect and cv::fitEllipseAMS both return cv::fitEllipse's ellipse
+  (their determinant check fails and they fall back to it), and the direct estimator's bias
+  (the major axis about 0.03 short, the minor 0.03 long at sigma 0.5) leaves it 8% to 13%
+  behind. Closing that needs another estimator (a geometric refinement, which costs a distance
+  pass per iteration), not better rounding.
+- **Memory.** The contour's cache members have fixed types: the segment, line and box vectors
+  (about 100 bytes a segment with the vertices' 16) and the vertex grid, an ordered map from
+  cell to a vector of vertex numbers (a tree node and a vector per occupied cell: about 50
+  bytes a vertex on the star at the benchmark's tolerance). The fast paths add the box index
+  over the segments (about 17 bytes a segment) and, where kept, the runs of segments (about 12
+  bytes a vertex). On the star at 16384 that retains 222 bytes a vertex; the peak adds the
+  self-intersection sweep's sorted lists (about 48). At 64 vertices the fixed parts of each
+  cache dominate. The region peak includes regularize's temporaries: the walked boundary and,
+  for the outer hull, one region (672 bytes and its caches) for every loop another loop's test
+  point asks; the hull no longer keeps an answer per pair of loops asked, which took the
+  `blob-x` peak at 131072 from 2227 to 777 bytes a vertex.
 """
 
 

@@ -159,6 +159,90 @@ TEST(ContainmentRayDirection, MatchesTheFullSortFarFromTheOrigin) {
   }
 }
 
+TEST(ContainmentRayDirection, MatchesTheFullSortWhenTheFirstWideGapLiesDeepInTheOrder) {
+  // Points beside a fine outline that lies to their right see it as one dense fan of
+  // directions from angle 0 up: the first wide gap comes after hundreds of directions, past the
+  // rounds of smallest keys, where only the jumps of the keys get an angle.
+  std::mt19937_64 rng(31);
+  std::uniform_real_distribution<double> u(0, 1);
+  for (const std::size_t n : {200u, 1024u, 3000u}) {
+    const Points v = gk::test::blobOutline(n, 0.02, [&] { return u(rng); });
+    const gk::detail::ChainBounds chains(v, true);
+    for (int q = 0; q < 150; ++q) {
+      const double y = 240 * u(rng) - 120;
+      expectPlainDirection(v, gkVector<2>(-150 + 60 * u(rng), y), &chains);
+      expectPlainDirection(v, gkVector<2>(-60 * u(rng), 0.5 * y), &chains);
+    }
+  }
+}
+
+TEST(ContainmentRayDirection, MatchesTheFullSortWhenGapsStraddleTheThreshold) {
+  // Directions from the origin spaced a hair under the threshold pi/n, now and then by half of
+  // it, by a hair over it, or by so nearly the threshold that the rounding of the angles decides
+  // whether the gap is wide: every neighbour in key order is then a jump that takes angles,
+  // deep in the order and in every quadrant.
+  std::mt19937_64 rng(32);
+  std::uniform_real_distribution<double> u(0, 1);
+  for (int shape = 0; shape < 60; ++shape) {
+    const std::size_t n = 300 + static_cast<std::size_t>(u(rng) * 900);
+    const double threshold = 3.141592653589793 / static_cast<double>(n);
+    const std::size_t firstWide = static_cast<std::size_t>(u(rng) * static_cast<double>(n));
+    double angle = kTwoPi * u(rng);
+    Points v;
+    for (std::size_t k = 0; k < n; ++k) {
+      v.emplace_back(100 * std::cos(angle), 100 * std::sin(angle));
+      const double pick = u(rng);
+      double step = threshold * (1 - 1e-9);
+      if (pick < 0.05) {
+        step = threshold * 0.5;
+      } else if (pick < 0.06) {
+        step = threshold * (1 + 1e-13 * (u(rng) - 0.5));  // the rounding decides
+      } else if (k == firstWide || pick > 0.995) {
+        step = threshold * (1 + 1e-9);
+      }
+      angle += step;
+    }
+    expectPlainDirection(v, gkVector<2>(0, 0));
+    expectPlainDirection(v, gkVector<2>(1e-3 * (u(rng) - 0.5), 1e-3 * (u(rng) - 0.5)));
+  }
+}
+
+TEST(ContainmentRayDirection, MatchesTheFullSortWhenRaysOfVerticesStraddleTheThreshold) {
+  // Several vertices on each ray from the origin, at different distances: their angles and
+  // keys differ by rounding alone, not always in the same order, and the rays are spaced so
+  // nearly at the threshold that those roundings decide which gap is wide.
+  std::mt19937_64 rng(33);
+  std::uniform_real_distribution<double> u(0, 1);
+  std::vector<double> distances;
+  for (int k = 0; k < 24; ++k) {
+    distances.push_back(std::exp(10 * u(rng) - 3));
+  }
+  for (int shape = 0; shape < 300; ++shape) {
+    const std::size_t rays = 40 + static_cast<std::size_t>(u(rng) * 60);
+    const std::size_t n = rays * distances.size();
+    const double threshold = 3.141592653589793 / static_cast<double>(n);
+    double angle = kTwoPi * u(rng);
+    Points v;
+    for (std::size_t k = 0; k < rays; ++k) {
+      for (const double d : distances) {
+        v.emplace_back(d * std::cos(angle), d * std::sin(angle));
+      }
+      angle += threshold * (1 + 1e-13 * (u(rng) - 0.5));
+    }
+    expectPlainDirection(v, gkVector<2>(0, 0));
+    // The same rays closer together, within a fan: only the gap that wraps round from the last
+    // ray to the first is wide, and the ray bisects it from the largest angle of the last ray.
+    v.clear();
+    for (std::size_t k = 0; k < rays; ++k) {
+      for (const double d : distances) {
+        v.emplace_back(d * std::cos(angle), d * std::sin(angle));
+      }
+      angle += threshold * 0.9;
+    }
+    expectPlainDirection(v, gkVector<2>(0, 0));
+  }
+}
+
 TEST(ContainmentRayDirection, PointWithinTheToleranceOfAVertexHasNoRay) {
   const Points v = {{0, 0}, {4, 0}, {4, 4}, {0, 4}};
   gkVector<2> direction(7, 7);

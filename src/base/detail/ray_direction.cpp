@@ -129,6 +129,20 @@ struct KeyedVertex {
   std::size_t index;
 };
 
+/// Appends (key, index) field by field: a braced temporary goes through the stack first, which
+/// made the passes below a few per cent slower.
+void append(std::vector<KeyedVertex>& entries, double key, std::size_t index) {
+  entries.emplace_back();
+  entries.back().key = key;
+  entries.back().index = index;
+}
+
+/// Whether v (a vertex less the query point) points a hair below the +x axis, where its key is
+/// 0 but its normalised angle may be a full turn less a hair.
+bool hairBelowAxis(const gkVector<2>& v) {
+  return v.y() < 0 && quadrantOf(v.x(), v.y()) == 0;
+}
+
 /// The containment ray's direction found from the smallest directions only. The ray runs
 /// through the first gap wider than threshold in the ascending order of the normalised vertex
 /// directions; that gap nearly always comes among the first few. The directions whose key is at
@@ -136,6 +150,17 @@ struct KeyedVertex {
 /// full order for every value below a bound that no direction left out can reach. Only gaps
 /// between two such values are trusted. Returns false when that is not enough (the caller
 /// tries more directions, or sorts everything), so the answer is always the full sort's.
+///
+/// Most candidates need no angle. In key order they are in angle order but for near-ties, and
+/// within a quadrant the angle grows between once and twice as fast as the key, so where two
+/// neighbours in key order differ by less than (threshold - kKeyMargin) / 2 in key, every gap of
+/// the angle order between them is narrow. Only at a larger jump is a gap measured: the largest
+/// angle up to the jump against the smallest after it, each taken among the candidates whose
+/// key is within the margin of the jump's ends (no other can be the largest or smallest there,
+/// and the two sides cannot interleave). A gap found that way lies below every direction left
+/// out, so it is the full order's first wide gap even where the plain sort of the candidates
+/// would not yet have trusted it. Candidates a hair below the axis, or a threshold the margin
+/// could swallow, take the plain sort of the candidates' angles.
 bool directionFromKeys(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
                        const std::vector<KeyedVertex>& entries, double k, double threshold,
                        gkVector<2>& direction) {
@@ -143,17 +168,58 @@ bool directionFromKeys(const std::vector<gkVector<2>>& vertices, const gkVector<
   // Every direction whose key is above reach has an angle above this: the in-quadrant angle
   // grows at least as fast as the key, and the roundings of key and angle are under 1e-14.
   const double bound = angleOfKey(k) + kKeyMargin / 2.0;
-  std::vector<double> angles;
+  std::vector<KeyedVertex> chosen;
+  bool hair = false;
   for (const KeyedVertex& e : entries) {
     if (e.key <= reach) {
-      angles.push_back((vertices[e.index] - pt).angle().norm().toDouble());
+      chosen.push_back(e);
+      hair = hair || hairBelowAxis(vertices[e.index] - pt);
     }
   }
-  std::sort(angles.begin(), angles.end());
-  for (std::size_t i = 0; i + 1 < angles.size() && angles[i + 1] < bound; ++i) {
-    const double gap = gkRadian(angles[i + 1] - angles[i]).norm().toDouble();
+  const auto angleOf = [&](const KeyedVertex& e) {
+    return (vertices[e.index] - pt).angle().norm().toDouble();
+  };
+  const auto wide = [&](double low, double high) {
+    const double gap = gkRadian(high - low).norm().toDouble();
     if (gap > threshold) {
-      direction = gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
+      direction = gkVector<2>(1.0, gkRadian(low + gap / 2.0));
+      return true;
+    }
+    return false;
+  };
+  if (hair || !(threshold > 8.0 * kKeyMargin)) {
+    std::vector<double> angles;
+    angles.reserve(chosen.size());
+    for (const KeyedVertex& e : chosen) {
+      angles.push_back(angleOf(e));
+    }
+    std::sort(angles.begin(), angles.end());
+    for (std::size_t i = 0; i + 1 < angles.size() && angles[i + 1] < bound; ++i) {
+      if (wide(angles[i], angles[i + 1])) {
+        return true;
+      }
+    }
+    return false;
+  }
+  std::sort(chosen.begin(), chosen.end(),
+            [](const KeyedVertex& a, const KeyedVertex& b) { return a.key < b.key; });
+  const std::size_t m = chosen.size();
+  for (std::size_t i = 0; i + 1 < m; ++i) {
+    if (2.0 * (chosen[i + 1].key - chosen[i].key) + kKeyMargin < threshold) {
+      continue;
+    }
+    double low = angleOf(chosen[i]);
+    for (std::size_t j = i; j-- > 0 && chosen[j].key >= chosen[i].key - kKeyMargin;) {
+      low = std::max(low, angleOf(chosen[j]));
+    }
+    double high = angleOf(chosen[i + 1]);
+    for (std::size_t j = i + 2; j < m && chosen[j].key <= chosen[i + 1].key + kKeyMargin; ++j) {
+      high = std::min(high, angleOf(chosen[j]));
+    }
+    if (!(high < bound)) {
+      return false;
+    }
+    if (wide(low, high)) {
       return true;
     }
   }
@@ -161,27 +227,68 @@ bool directionFromKeys(const std::vector<gkVector<2>>& vertices, const gkVector<
 }
 
 /// The later rounds, rarely needed: the m-th smallest key for m = 8 kFirstRound, 64
-/// kFirstRound, ... while m is below the vertex count.
+/// kFirstRound, ... while m is below the vertex count, then every direction. Returns false (the
+/// sort of every angle decides) only for a NaN key or a direction a hair below the +x axis.
 bool directionFromSmallestAngles(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
                                  double threshold, gkVector<2>& direction) {
-  std::vector<KeyedVertex> entries;
-  entries.reserve(vertices.size());
-  for (std::size_t i = 0; i < vertices.size(); ++i) {
+  // The keys go to a plain array, and each round lists only its candidates as key-and-number
+  // pairs: listing every vertex as a pair cost a third of a slow query.
+  const std::size_t n = vertices.size();
+  std::vector<double> keys(n);
+  bool allKeysSound = true;  // no NaN key, and no direction a hair below the +x axis
+  for (std::size_t i = 0; i < n; ++i) {
     const gkVector<2> v = vertices[i] - pt;
-    entries.push_back({keyIn(quadrantOf(v.x(), v.y()), v.x(), v.y()), i});
+    const int q = quadrantOf(v.x(), v.y());
+    keys[i] = keyIn(q, v.x(), v.y());
+    allKeysSound = allKeysSound && !std::isnan(keys[i]) && !(q == 0 && v.y() < 0);
   }
-  std::vector<double> keys;
-  keys.reserve(entries.size());
-  for (const KeyedVertex& e : entries) {
-    keys.push_back(e.key);
-  }
-  for (std::size_t m = 8 * kFirstRound; m < keys.size(); m *= 8) {
-    std::nth_element(keys.begin(), keys.begin() + static_cast<std::ptrdiff_t>(m - 1), keys.end());
-    if (directionFromKeys(vertices, pt, entries, keys[m - 1], threshold, direction)) {
+  std::vector<double> order(keys);
+  std::vector<KeyedVertex> entries;
+  for (std::size_t m = 8 * kFirstRound; m < n; m *= 8) {
+    std::nth_element(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(m - 1),
+                     order.end());
+    const double km = order[m - 1];
+    const double reach = km + kKeyMargin;
+    entries.clear();
+    for (std::size_t i = 0; i < n; ++i) {
+      if (keys[i] <= reach) {
+        append(entries, keys[i], i);
+      }
+    }
+    if (directionFromKeys(vertices, pt, entries, km, threshold, direction)) {
       return true;
     }
   }
-  return false;
+  if (!allKeysSound || n < 2) {
+    return false;
+  }
+  // The last round takes every direction. Its bound lies above every angle, so the keys' walk
+  // trusts every gap but the one that wraps round from the largest angle to the smallest; that
+  // one is measured here, each end among the directions whose key is within the margin of the
+  // largest or smallest key.
+  const auto [smallestKey, largestKey] = std::minmax_element(keys.begin(), keys.end());
+  const double kMin = *smallestKey;
+  const double kMax = *largestKey;
+  entries.clear();
+  for (std::size_t i = 0; i < n; ++i) {
+    append(entries, keys[i], i);
+  }
+  if (directionFromKeys(vertices, pt, entries, kMax, threshold, direction)) {
+    return true;
+  }
+  double low = -std::numeric_limits<double>::infinity();
+  double high = std::numeric_limits<double>::infinity();
+  for (std::size_t i = 0; i < n; ++i) {
+    if (keys[i] >= kMax - kKeyMargin) {
+      low = std::max(low, (vertices[i] - pt).angle().norm().toDouble());
+    }
+    if (keys[i] <= kMin + kKeyMargin) {
+      high = std::min(high, (vertices[i] - pt).angle().norm().toDouble());
+    }
+  }
+  const double gap = gkRadian(high - low).norm().toDouble();
+  direction = gap > threshold ? gkVector<2>(1.0, gkRadian(low + gap / 2.0)) : gkVector<2>(1.0, 0.0);
+  return true;
 }
 
 /// The tree search gives up (and the pass over every vertex answers) after expanding one run
@@ -263,7 +370,7 @@ class RunSearch {
         for (std::size_t i = begin; i < end; ++i) {
           const gkVector<2> v = vertices_[i] - pt_;
           const double key = keyIn(quadrantOf(v.x(), v.y()), v.x(), v.y());
-          entries.push_back({key, i});
+          append(entries, key, i);
           if (smallest.size() < m) {
             smallest.push(key);
           } else if (key < smallest.top()) {
@@ -395,7 +502,7 @@ bool containmentRayDirection(const std::vector<gkVector<2>>& vertices, const gkV
     if (filled == kFirstRound && !(key <= window[kFirstRound - 1] + kKeyMargin)) {
       continue;
     }
-    log.push_back({key, i});
+    append(log, key, i);
     if (filled == kFirstRound && !(key < window[kFirstRound - 1])) {
       continue;
     }

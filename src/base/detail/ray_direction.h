@@ -19,8 +19,9 @@ class ChainBounds;
 /// That gap nearly always comes among the first few directions, so only those get an angle:
 /// a cheap key that orders directions as their angles do picks the smallest few, and the gaps
 /// between them are trusted only below a bound that no direction left out can reach. When
-/// that does not settle it the directions are all sorted. Either way the direction is,
-/// bit for bit, what the full sort gives.
+/// that does not settle it, more and then all directions are ordered by key, and only where
+/// neighbouring keys jump by nearly the gap width are angles taken. Either way the direction
+/// is, bit for bit, what the full sort gives.
 ///
 /// chains, when given, are bounds on runs of consecutive segments of the closed walk through
 /// vertices: the on-vertex test and the smallest directions are then found by a search of

@@ -676,12 +676,12 @@ written:
   The outer hull then splits the walked boundary into hundreds of loops and asks, for each
   small loop, whether the large one holds it. Those containment queries search the runs too,
   but a small loop's test point lies right beside the large loop, which it sees edge-on, and
-  there the search gives way to the pass over every vertex (below): that is about half of the
-  outer hull's time. Outer hull at 16384: 3.1x Clipper and 51x GEOS on `star-x`, 0.52x Clipper
-  and 3x GEOS on `blob-x`. At 131072 the fine `blob-x` splits into 48 000 loops; the hull no
-  longer keeps an answer for every pair of loops it asks (3.6 million, never asked twice) nor
-  copies the loops as regions, which took it from 1.07 s to 0.38 s: 9.6x Clipper and 8.8x
-  GEOS there.
+  needs hundreds of directions (below); since those are found through the runs and take an
+  angle only where their keys jump, `blob-x` went from 55 ms to 32 ms. Outer hull at 16384:
+  3.1x Clipper and 52x GEOS on `star-x`, 0.94x Clipper and 5x GEOS on `blob-x`. At 131072 the
+  fine `blob-x` splits into 48 000 loops; the hull no longer keeps an answer for every pair of
+  loops it asks (3.6 million, never asked twice) nor copies the loops as regions, which took it
+  from 1.07 s to 0.39 s: 10x Clipper and 9x GEOS there.
 - **intersections with another contour** (no ratio asked, near-linear growth): each segment of
   the other contour is a query, on dense stars through the runs of segments, so the turned star
   at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
@@ -695,18 +695,17 @@ written:
 - **inside.** Each query must aim its ray through the first wide gap of the sorted vertex
   directions and test the segments with the crossing tolerance. From 1024 vertices on a region
   finds the smallest directions best first through the runs of segments (a run's rectangle
-  bounds its directions from below) and counts the ray's crossings through them too, so a
-  query need not visit every vertex: met from 16384 on (1.1x and 0.63x cv::pointPolygonTest's
-  time on `blob`, 1.8x and 1.7x on the dense `star`, whose spikes crowd the +x ray of most
-  points, so the smallest directions are spread over hundreds of runs, and whose ray crosses
-  dozens of spikes). Not met at 1024 (3.5x and 4.2x): there the search barely pays for itself,
-  and the points outside the outline that see it edge-on need far more than sixteen directions,
-  often more than 128, and then every direction is an atan2 and the whole list is sorted. On
-  `blob` at 1024 the median query takes 2.5 us (1.7x cv), but the 14% of queries that need
-  that full sort take 10 to 52 us and make 65% of the time. Screening the final round's gaps
-  by the cheap keys (or by an approximate angle with a proven error bound), so that only the
-  gaps near the threshold take an atan2, would bring those to a few microseconds; it is not
-  yet written.
+  bounds its directions from below), in rounds of 16, 64 and 256 directions, and counts the
+  ray's crossings through the runs too, so a query need not visit every vertex. Directions are
+  ordered by a cheap key, and an angle (an atan2, about 50 ns here) is taken only where
+  neighbouring keys jump by nearly the gap's width. Met from 16384 on (0.94x and 0.53x
+  cv::pointPolygonTest's time on `blob`, 1.8x and 1.7x on the dense `star`, whose spikes
+  crowd the +x ray of most points, so the smallest directions are spread over hundreds of runs,
+  and whose ray crosses dozens of spikes). Not met at 1024: `blob` 2.7x (4.2x before the key
+  walk and the longer rounds), `star` 3.6x. The median query on the 1024 blob takes 2.4 us
+  (1.6x cv's 1.5 us); the points beside the outline that see it edge-on still need hundreds of
+  directions and make a quarter of the time. On the star the search through crowded runs
+  costs about 3 us for a typical point, twice cv's whole test.
 - **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
   16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
   points a plain sort is used.

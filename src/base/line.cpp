@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 #include <gk/base/tolerances.h>
 
@@ -11,10 +13,28 @@ namespace {
 /// of two is exact, so every ratio below comes out bit for bit as from d itself, but squares and
 /// cross products of the scaled direction can neither overflow nor underflow, whatever the
 /// extent of the line (a direction of length 1e-170 squares to 0, one of length 1e160 to inf).
+///
+/// frexp and ldexp are library calls and cost more than the rest of a segment test, so for
+/// the usual magnitudes the exponent is read from m's bits and the scale is one product with
+/// 2^-e: a product with a power of two is correctly rounded as ldexp is, so the two agree bit
+/// for bit (also where a small coordinate becomes subnormal). A subnormal m, or one whose 2^-e
+/// would itself be subnormal, takes the library calls.
 gkVector<2> scaledDirection(const gkVector<2>& d) {
   const double m = std::max(std::fabs(d.x()), std::fabs(d.y()));
   if (m == 0.0 || !std::isfinite(m)) {
     return d;
+  }
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &m, sizeof bits);
+  const int biased = static_cast<int>(bits >> 52);  // m is positive: no sign bit
+  // m = 0.5 x 2^e .. 2^e with e = biased - 1022 (frexp's exponent); 2^-e is a normal double
+  // for e <= 1022.
+  if (biased >= 1 && biased <= 2044) {
+    const int e = biased - 1022;
+    const std::uint64_t scaleBits = static_cast<std::uint64_t>(1023 - e) << 52;
+    double scale = 0.0;
+    std::memcpy(&scale, &scaleBits, sizeof scale);
+    return gkVector<2>(d.x() * scale, d.y() * scale);
   }
   int e = 0;
   std::frexp(m, &e);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -293,4 +294,65 @@ TEST(LineDegenerate, NoOperationOnADegenerateLineGivesANaN) {
   EXPECT_TRUE(isFinite(point.proj(V(7.0, 7.0))));
   EXPECT_TRUE(isFinite(point.intersect(other)));
   EXPECT_TRUE(isFinite(other.intersect(point)));
+}
+
+// ---- scaling of the direction ------------------------------------------------------------------
+
+namespace {
+
+/// The plain scaling the line's queries rely on: the direction divided by 2^e, e being frexp's
+/// exponent of its larger coordinate, through the library calls.
+V plainScaled(const V& d) {
+  const double m = std::max(std::fabs(d.x()), std::fabs(d.y()));
+  if (m == 0.0 || !std::isfinite(m)) {
+    return d;
+  }
+  int e = 0;
+  std::frexp(m, &e);
+  return V(std::ldexp(d.x(), -e), std::ldexp(d.y(), -e));
+}
+
+bool sameBits(double a, double b) {
+  return a == b ? std::signbit(a) == std::signbit(b) : std::isnan(a) && std::isnan(b);
+}
+
+}  // namespace
+
+TEST(LineScaling, QueriesMatchThePlainPowerOfTwoScalingBitForBitOverTheWholeExponentRange) {
+  // Directions whose larger coordinate takes every binary exponent from the subnormals to the
+  // largest doubles, with a smaller coordinate from equal down to far below it (so that its
+  // scaled value may be subnormal): foot of the perpendicular, distance and crossing must come
+  // out as they do with the direction scaled by frexp and ldexp.
+  std::mt19937_64 rng(41);
+  std::uniform_real_distribution<double> mantissa(0.5, 1.0);
+  std::uniform_int_distribution<int> drop(0, 1100);
+  for (int exponent = -1074; exponent <= 1024; ++exponent) {
+    for (int k = 0; k < 4; ++k) {
+      const double big = std::ldexp(mantissa(rng), exponent);
+      const double small = std::ldexp(mantissa(rng), exponent - drop(rng));
+      const V d = k % 2 == 0 ? V(big, -small) : V(small, -big);
+      const V p(std::ldexp(mantissa(rng), exponent), -std::ldexp(mantissa(rng), exponent));
+      const V q = p * 0.5;
+      const gkLine line(V(0.0, 0.0), d);
+      const V s = plainScaled(d);
+      // The queries' formulas, written out with the plainly scaled direction (the line's
+      // point is the origin).
+      const double t = q.dot(s) / s.dot(s);
+      const V foot = V(0.0, 0.0) + s * t;
+      const V proj = line.proj(q);
+      ASSERT_TRUE(sameBits(proj.x(), foot.x()) && sameBits(proj.y(), foot.y()))
+          << "exponent " << exponent << " k " << k;
+      ASSERT_TRUE(sameBits(line.distToPoint(q), std::fabs(s.cross(q - V(0.0, 0.0))) / s.len()))
+          << "exponent " << exponent << " k " << k;
+      const gkLine other(p, p + V(-d.y(), d.x()));
+      const V e = plainScaled(other.direction());
+      if (!line.isParallel(other)) {
+        const double u = (other.point() - V(0.0, 0.0)).cross(e) / s.cross(e);
+        const V crossing = V(0.0, 0.0) + s * u;
+        const V found = line.intersect(other);
+        ASSERT_TRUE(sameBits(found.x(), crossing.x()) && sameBits(found.y(), crossing.y()))
+            << "exponent " << exponent << " k " << k;
+      }
+    }
+  }
 }

@@ -334,33 +334,37 @@ class RunSearch {
     return false;
   }
 
-  /// Replaces entries by every vertex whose key is at most the m-th smallest key plus the key
-  /// margin (and maybe more), and sets km to that key; false when the search ran out of
-  /// budget. Runs are opened in the order of their bounds; the vertices of the leaves opened
-  /// are all entries, and the m smallest of their keys are kept in a small heap. Once no run
-  /// left has a bound within the margin of the m-th smallest key so far, every vertex not
-  /// listed lies beyond it, so the m smallest keys and every key within the margin of the
-  /// m-th are among the entries.
-  bool smallestKeys(std::size_t m, std::vector<KeyedVertex>& entries, double& km) const {
-    entries.clear();
-    struct Run {
-      double bound;
-      std::size_t level;
-      std::size_t index;
-      bool operator>(const Run& o) const { return bound > o.bound; }
-    };
-    std::priority_queue<Run, std::vector<Run>, std::greater<Run>> runs;
+  /// Makes entries every vertex whose key is at most the m-th smallest key plus the key margin
+  /// (and maybe more), and sets km to that key; false when the search ran out of budget. Runs
+  /// are opened in the order of their bounds; the vertices of the leaves opened are all
+  /// entries, and the m smallest of their keys are kept in a small heap. Once no run left has a
+  /// bound within the margin of the m-th smallest key so far, every vertex not listed lies
+  /// beyond it, so the m smallest keys and every key within the margin of the m-th are among the
+  /// entries.
+  ///
+  /// A later call with a larger m goes on where the last one stopped, with the same entries:
+  /// a search for the larger m from the start would open the same runs in the same order up to
+  /// there (it cannot stop sooner, its m-th key being no smaller), so it is the same search,
+  /// with the same budget of runs, without opening those runs again.
+  bool smallestKeys(std::size_t m, std::vector<KeyedVertex>& entries, double& km) {
+    if (!started_) {
+      started_ = true;
+      entries.clear();
+      const std::size_t top = chains_.levelCount() - 1;
+      runs_.push({keyBound(top, 0), top, 0});
+    }
     std::priority_queue<double> smallest;  // the m smallest keys so far, largest on top
-    const std::size_t top = chains_.levelCount() - 1;
-    runs.push({keyBound(top, 0), top, 0});
-    std::size_t budget = m + vertices_.size() / kVerticesPerRunBudget;
-    while (!runs.empty()) {
-      const Run run = runs.top();
+    for (const KeyedVertex& e : entries) {
+      keepIfSmallest(smallest, m, e.key);
+    }
+    const std::size_t budget = m + vertices_.size() / kVerticesPerRunBudget;
+    while (!runs_.empty()) {
+      const Run run = runs_.top();
       if (smallest.size() == m && run.bound > smallest.top() + kKeyMargin) {
         break;
       }
-      runs.pop();
-      if (budget-- == 0) {
+      runs_.pop();
+      if (opened_++ >= budget) {
         return false;
       }
       if (run.level == 0) {
@@ -371,18 +375,13 @@ class RunSearch {
           const gkVector<2> v = vertices_[i] - pt_;
           const double key = keyIn(quadrantOf(v.x(), v.y()), v.x(), v.y());
           append(entries, key, i);
-          if (smallest.size() < m) {
-            smallest.push(key);
-          } else if (key < smallest.top()) {
-            smallest.pop();
-            smallest.push(key);
-          }
+          keepIfSmallest(smallest, m, key);
         }
         continue;
       }
       for (const std::size_t child : {2 * run.index, 2 * run.index + 1}) {
         if (child < chains_.nodeCount(run.level - 1)) {
-          runs.push({keyBound(run.level - 1, child), run.level - 1, child});
+          runs_.push({keyBound(run.level - 1, child), run.level - 1, child});
         }
       }
     }
@@ -430,18 +429,39 @@ class RunSearch {
     return best - 1e-8;
   }
 
+  /// Adds key to the m smallest keys in heap when it is one of them.
+  static void keepIfSmallest(std::priority_queue<double>& heap, std::size_t m, double key) {
+    if (heap.size() < m) {
+      heap.push(key);
+    } else if (key < heap.top()) {
+      heap.pop();
+      heap.push(key);
+    }
+  }
+
+  struct Run {
+    double bound;
+    std::size_t level;
+    std::size_t index;
+    bool operator>(const Run& o) const { return bound > o.bound; }
+  };
+
   const std::vector<gkVector<2>>& vertices_;
   gkVector<2> pt_;
   const ChainBounds& chains_;
   double cornerError_ = 0;
   double nearRadius_ = 0;
+  /// The search's state between rounds: the runs not yet opened, and how many were opened.
+  bool started_ = false;
+  std::priority_queue<Run, std::vector<Run>, std::greater<Run>> runs_;
+  std::size_t opened_ = 0;
 };
 
 /// The pass's rounds through the runs of segments. Returns 1 with the direction, 0 for a
 /// point on a vertex, -1 when the pass must decide.
 int directionThroughRuns(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,
                          const ChainBounds& chains, double threshold, gkVector<2>& direction) {
-  const RunSearch search(vertices, pt, chains);
+  RunSearch search(vertices, pt, chains);
   if (search.onVertex()) {
     return 0;
   }

@@ -560,6 +560,7 @@ std::size_t gkContour::crossingCount(const gkLineSeg& seg, bool includeEnds,
   }
   computeLineSegs();
   std::vector<std::size_t> candidates;
+  candidates.reserve(64);  // a ray passes near a few runs of segments; growing costs allocations
   if (runs != nullptr && query.apart().on()) {
     // As in gatherCandidates: every segment the crossing test can accept is within the reach.
     runs->candidates(seg.p1(), seg.p2(), query.apart().reach(), candidates);

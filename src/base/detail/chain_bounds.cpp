@@ -1,6 +1,7 @@
 #include "base/detail/chain_bounds.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -10,6 +11,8 @@ namespace gk::detail {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+/// More levels than any tree can have: 2^64 segments, eight to a leaf, pair up in 62.
+constexpr std::size_t kMaxLevels = 64;
 
 /// Beyond this magnitude the products of the bounds could overflow; NaN compares false.
 bool bounded(double c) {
@@ -156,11 +159,14 @@ void ChainBounds::candidates(const gkVector<2>& p, const gkVector<2>& q, double 
   const double m =
       std::max({magnitude_, std::abs(p.x()), std::abs(p.y()), std::abs(q.x()), std::abs(q.y())});
   const double limit = (reach + 8.0 * kEpsilon * m) * 1.001 + 1e-300;
-  std::vector<std::pair<std::size_t, std::size_t>> stack;
-  stack.emplace_back(levels_.size() - 1, 0);
-  while (!stack.empty()) {
-    const auto [level, j] = stack.back();
-    stack.pop_back();
+  // A depth-first walk holds at most one pending sibling per level besides the node at hand,
+  // so a stack of twice the levels never fills; it lives on the call stack, as a query is too
+  // short for an allocation to pay.
+  std::array<std::pair<std::size_t, std::size_t>, 2 * kMaxLevels> stack;
+  std::size_t depth = 0;
+  stack[depth++] = {levels_.size() - 1, 0};
+  while (depth > 0) {
+    const auto [level, j] = stack[--depth];
     const Node& node = levels_[level][j];
     const double pa = node.ax * p.x() + node.ay * p.y();
     const double qa = node.ax * q.x() + node.ay * q.y();
@@ -183,9 +189,9 @@ void ChainBounds::candidates(const gkVector<2>& p, const gkVector<2>& q, double 
     // The right child first, so that the left one is visited first and the segments come out
     // in increasing order.
     if (2 * j + 1 < levels_[level - 1].size()) {
-      stack.emplace_back(level - 1, 2 * j + 1);
+      stack[depth++] = {level - 1, 2 * j + 1};
     }
-    stack.emplace_back(level - 1, 2 * j);
+    stack[depth++] = {level - 1, 2 * j};
   }
 }
 

@@ -169,6 +169,7 @@ bool directionFromKeys(const std::vector<gkVector<2>>& vertices, const gkVector<
   // grows at least as fast as the key, and the roundings of key and angle are under 1e-14.
   const double bound = angleOfKey(k) + kKeyMargin / 2.0;
   std::vector<KeyedVertex> chosen;
+  chosen.reserve(entries.size());
   bool hair = false;
   for (const KeyedVertex& e : entries) {
     if (e.key <= reach) {
@@ -320,6 +321,7 @@ class RunSearch {
     const double reach =
         gkTolProximity * (1.0 + 1e-12) + 8.0 * std::numeric_limits<double>::epsilon() * m;
     std::vector<std::size_t> segments;
+    segments.reserve(16);  // a point comes near a handful of segments
     chains_.candidates(pt_, pt_, reach, segments);
     const std::size_t n = vertices_.size();
     for (const std::size_t k : segments) {
@@ -350,10 +352,17 @@ class RunSearch {
     if (!started_) {
       started_ = true;
       entries.clear();
+      entries.reserve(4 * m);
+      std::vector<Run> runStore;
+      runStore.reserve(64);
+      runs_ = decltype(runs_)(std::greater<Run>(), std::move(runStore));
       const std::size_t top = chains_.levelCount() - 1;
       runs_.push({keyBound(top, 0), top, 0});
     }
-    std::priority_queue<double> smallest;  // the m smallest keys so far, largest on top
+    std::vector<double> heapStore;
+    heapStore.reserve(m);
+    // the m smallest keys so far, largest on top
+    std::priority_queue<double> smallest(std::less<double>(), std::move(heapStore));
     for (const KeyedVertex& e : entries) {
       keepIfSmallest(smallest, m, e.key);
     }

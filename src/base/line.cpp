@@ -41,28 +41,46 @@ gkVector<2> scaledDirection(const gkVector<2>& d) {
   return gkVector<2>(std::ldexp(d.x(), -e), std::ldexp(d.y(), -e));
 }
 
+/// Whether two scaled directions (of non-degenerate lines) are parallel. |d1 x d2| = |d1| |d2|
+/// sin(angle): compare the sine, not the raw cross product, so that the answer is the same at
+/// every scale. Written without division, on directions brought to unit order of magnitude, so
+/// huge or tiny lengths cannot overflow or underflow.
+///
+/// Most pairs are far from parallel, and that shows without the two square roots: a length is
+/// at most the sum of the coordinates' magnitudes, and the few roundings of either side move it
+/// by far less than the 1e-12 of slack, so a cross product above the bound so built is above
+/// the exact test's too, and the answer is the same.
+bool scaledParallel(const gkVector<2>& d1, const gkVector<2>& d2) {
+  const double cross = std::fabs(d1.cross(d2));
+  const double taxicab1 = std::fabs(d1.x()) + std::fabs(d1.y());
+  const double taxicab2 = std::fabs(d2.x()) + std::fabs(d2.y());
+  if (cross > gkTolParallelSine * taxicab1 * taxicab2 * (1.0 + 1e-12)) {
+    return false;
+  }
+  return cross <= gkTolParallelSine * d1.len() * d2.len();
+}
+
 }  // namespace
 
 bool gkLine::isParallel(const gkLine& other) const {
   if (isDegenerate() || other.isDegenerate()) {
     return true;
   }
-  // |d1 x d2| = |d1| |d2| sin(angle): compare the sine, not the raw cross product, so that the
-  // answer is the same at every scale. Written without division, on directions brought to unit
-  // order of magnitude, so huge or tiny lengths cannot overflow or underflow.
-  const gkVector<2> d1 = scaledDirection(direction_);
-  const gkVector<2> d2 = scaledDirection(other.direction_);
-  return std::fabs(d1.cross(d2)) <= gkTolParallelSine * d1.len() * d2.len();
+  return scaledParallel(scaledDirection(direction_), scaledDirection(other.direction_));
 }
 
 gkVector<2> gkLine::intersect(const gkLine& other) const {
-  if (isParallel(other)) {
+  if (isDegenerate() || other.isDegenerate()) {
+    return point_;
+  }
+  // The parallel test and the crossing share the scaled directions.
+  const gkVector<2> d = scaledDirection(direction_);
+  const gkVector<2> e = scaledDirection(other.direction_);
+  if (scaledParallel(d, e)) {
     return point_;
   }
   // point_ + t * d lies on the other line where (q - p) x e == t * (d x e). With d and e scaled
   // by powers of two, t is in units of the scaled d, and the product below is that of d itself.
-  const gkVector<2> d = scaledDirection(direction_);
-  const gkVector<2> e = scaledDirection(other.direction_);
   const double t = (other.point_ - point_).cross(e) / d.cross(e);
   return point_ + d * t;
 }

@@ -356,3 +356,29 @@ TEST(LineScaling, QueriesMatchThePlainPowerOfTwoScalingBitForBitOverTheWholeExpo
     }
   }
 }
+
+TEST(LineScaling, ParallelTestMatchesThePlainSineTestAroundTheThreshold) {
+  // Pairs of directions at angles from far below to far above the tolerance's sine, a hair
+  // either side of it included, at lengths over the whole double range: the quick rejection of
+  // clearly crossing pairs must never change an answer of the plain test.
+  std::mt19937_64 rng(42);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  int parallel = 0;
+  for (int k = 0; k < 200000; ++k) {
+    const double turn = u(rng) * 6.283185307179586;
+    const double factors[] = {0.0, 0.5, 1.0 - 1e-9, 1.0, 1.0 + 1e-9, 2.0, 1e3};
+    const double angle = gkTolParallelSine * factors[k % 7] * (k % 2 == 0 ? 1.0 : -1.0);
+    const double l1 = std::ldexp(0.5 + u(rng), static_cast<int>(u(rng) * 400) - 200);
+    const double l2 = std::ldexp(0.5 + u(rng), static_cast<int>(u(rng) * 400) - 200);
+    const V d1(l1 * std::cos(turn), l1 * std::sin(turn));
+    const V d2(l2 * std::cos(turn + angle), l2 * std::sin(turn + angle));
+    const V s1 = plainScaled(d1);
+    const V s2 = plainScaled(d2);
+    const bool plain = std::fabs(s1.cross(s2)) <= gkTolParallelSine * s1.len() * s2.len();
+    ASSERT_EQ(gkLine(V(0.0, 0.0), d1).isParallel(gkLine(V(0.0, 0.0), d2)), plain) << k;
+    parallel += plain ? 1 : 0;
+  }
+  // Both answers occur often.
+  EXPECT_GT(parallel, 40000);
+  EXPECT_LT(parallel, 160000);
+}

@@ -299,9 +299,9 @@ bool directionFromSmallestAngles(const std::vector<gkVector<2>>& vertices, const
 /// then the cheaper.
 constexpr std::size_t kVerticesPerRunBudget = 32;
 
-/// The first-round search through the runs of segments: the on-vertex test, then the smallest
-/// directions by best-first search. Answers as the pass over every vertex would, or returns
-/// false (nothing decided) when the search gets too long.
+/// The search through the runs of segments: the on-vertex test, then, round by round, the
+/// smallest directions by best-first search. Answers as the pass over every vertex would, or
+/// returns false (nothing decided) when the search gets too long.
 class RunSearch {
  public:
   RunSearch(const std::vector<gkVector<2>>& vertices, const gkVector<2>& pt,

@@ -678,20 +678,24 @@ written:
   but a small loop's test point lies right beside the large loop, which it sees edge-on, and
   needs hundreds of directions (below); since those are found through the runs and take an
   angle only where their keys jump, `blob-x` went from 55 ms to 32 ms. Outer hull at 16384:
-  3.1x Clipper and 52x GEOS on `star-x`, 0.94x Clipper and 5x GEOS on `blob-x`. At 131072 the
+  3.4x Clipper and 59x GEOS on `star-x`, 1.0x Clipper and 5.6x GEOS on `blob-x`. At 131072 the
   fine `blob-x` splits into 48 000 loops; the hull no longer keeps an answer for every pair of
   loops it asks (3.6 million, never asked twice) nor copies the loops as regions, which took it
-  from 1.07 s to 0.39 s: 10x Clipper and 9x GEOS there.
+  from 1.07 s to about 0.4 s: 9x Clipper and 8x GEOS there.
 - **intersections with another contour** (no ratio asked, near-linear growth): each segment of
   the other contour is a query, on dense stars through the runs of segments, so the turned star
   at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
-- **Moments (centerOfMass, inertiaMatrix).** The moments are defined as a sum over the triangles
+- **Moments (inertiaMatrix).** The second moments are defined as a sum over the triangles
   on the centre of mass, each through its altitude, foot and rotation (an atan2, a sine and a
-  cosine per triangle), summed in three passes by size; the results must stay within 4 units in
-  the last place of that computation, which a one-pass shoelace sum as cv::moments does cannot
-  promise (its rounding is different, and cancellation makes the difference grow with n). About
-  200 ns a vertex is the price of those values; `area` alone, a cross-product sum, meets the
-  target.
+  cosine per triangle), combined by the parallel-axis rule in three passes by size; the results
+  must stay within 4 units in the last place of that computation, which a one-pass shoelace sum
+  as cv::moments does cannot promise (its rounding is different, and cancellation makes the
+  difference grow with n). About 120 ns a vertex is the price of those values, 20x cv's. The
+  centre of mass, defined through the meeting of two medians per triangle, now meets the target
+  (2.1x to 2.4x, from 8.4x): a line's direction is scaled by one product with a power of two
+  read from its bits instead of frexp and ldexp, a meeting scales each direction once, and its
+  parallel test rejects clearly crossing medians without square roots. `area` alone, a
+  cross-product sum, meets it too.
 - **inside.** Each query must aim its ray through the first wide gap of the sorted vertex
   directions and test the segments with the crossing tolerance. From 1024 vertices on a region
   finds the smallest directions best first through the runs of segments (a run's rectangle
@@ -701,11 +705,12 @@ written:
   neighbouring keys jump by nearly the gap's width. Met from 16384 on (0.94x and 0.53x
   cv::pointPolygonTest's time on `blob`, 1.8x and 1.7x on the dense `star`, whose spikes
   crowd the +x ray of most points, so the smallest directions are spread over hundreds of runs,
-  and whose ray crosses dozens of spikes). Not met at 1024: `blob` 2.7x (4.2x before the key
-  walk and the longer rounds), `star` 3.6x. The median query on the 1024 blob takes 2.4 us
-  (1.6x cv's 1.5 us); the points beside the outline that see it edge-on still need hundreds of
-  directions and make a quarter of the time. On the star the search through crowded runs
-  costs about 3 us for a typical point, twice cv's whole test.
+  and whose ray crosses dozens of spikes). Not met at 1024: `blob` 2.3x (4.2x before the key
+  walk, the longer rounds that go on where the last stopped, and fewer allocations: 28 a query
+  then, 6 now), `star` 3.1x. The median query on the 1024 blob takes about 1.9 us (1.3x cv's
+  1.5 us); the 3% of points beside the outline that see it edge-on still need hundreds of
+  directions and make a fifth of the time. On the star the search through crowded runs costs
+  about 3 us for a typical point, twice cv's whole test.
 - **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
   16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
   points a plain sort is used.

@@ -741,10 +741,13 @@ double gkContour::medianFeatureSize() const {
                                [&lengths](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
                                  lengths.push_back(p.distance(q));
                                });
-    // NaN lengths would break a plain < sort; the NaN-aware order puts them last, so the
-    // median is defined whatever the vertices hold.
-    std::sort(lengths.begin(), lengths.end(), gk::detail::lessNaNLast);
-    medianFeatureSize_ = lengths[lengths.size() / 2];
+    // The element at the middle of the sorted lengths, found by selection: the same value as a
+    // full sort puts there. NaN lengths would break a plain < order; the NaN-aware order puts
+    // them last, so the median is defined whatever the vertices hold.
+    const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
+    std::nth_element(lengths.begin(), middle, lengths.end(),
+                     [](double a, double b) { return gk::detail::lessNaNLast(a, b); });
+    medianFeatureSize_ = *middle;
     medianValid_ = true;
   }
   return medianFeatureSize_;

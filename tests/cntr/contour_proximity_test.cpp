@@ -1007,6 +1007,42 @@ TEST(ContourMedianFeatureSize, ThrowsEmptyContourBelowTwoVertices) {
   }
 }
 
+TEST(ContourMedianFeatureSize, MatchesTheMiddleOfTheFullySortedLengths) {
+  // Random walks with repeated vertices, equal lengths and now and then a NaN coordinate: the
+  // selected middle length is the one the full sort in the NaN-last order puts there.
+  std::mt19937_64 rng(51);
+  std::uniform_int_distribution<int> coordinate(-6, 6);
+  std::uniform_int_distribution<int> count(2, 60);
+  for (int shape = 0; shape < 3000; ++shape) {
+    Points v;
+    const int n = count(rng);
+    for (int k = 0; k < n; ++k) {
+      v.emplace_back(coordinate(rng), coordinate(rng));
+    }
+    if (shape % 7 == 0) {
+      v[static_cast<std::size_t>(shape) % v.size()] =
+          gkVector<2>(std::numeric_limits<double>::quiet_NaN(), 1.0);
+    }
+    const bool closed = shape % 2 == 0;
+    std::vector<double> lengths;
+    const std::size_t segments = closed ? v.size() : v.size() - 1;
+    for (std::size_t k = 0; k < segments; ++k) {
+      const gkVector<2>& p = closed ? v[k == 0 ? v.size() - 1 : k - 1] : v[k];
+      const gkVector<2>& q = closed ? v[k] : v[k + 1];
+      lengths.push_back(p.distance(q));
+    }
+    std::sort(lengths.begin(), lengths.end(),
+              [](double a, double b) { return !std::isnan(a) && (std::isnan(b) || a < b); });
+    const double expected = lengths[lengths.size() / 2];
+    const double median = ProbeContour(v, closed, 0).medianFeatureSize();
+    if (std::isnan(expected)) {
+      EXPECT_TRUE(std::isnan(median)) << shape;
+    } else {
+      EXPECT_EQ(median, expected) << shape;
+    }
+  }
+}
+
 // --- the indexed segment queries against the plain full scans ------------------------------
 
 namespace {

@@ -671,17 +671,19 @@ written:
 - **regularize / outerHull against Clipper.** The walk asks one segment query per step. On
   dense stars those queries now search bounds on runs of consecutive segments (thin rectangles
   along each run, in a tree) instead of the crowded grid: `star-x` regularize at 16384 went from
-  80 ms to 13 ms, 14x Clipper's union and 230x GEOS MakeValid (met). On `blob-x` the grid is not
-  crowded and each step costs about 0.6 us: 2.8x Clipper, 16x GEOS (46x and 49x at 131072).
+  80 ms to 10 ms, 18x Clipper's union and 300x GEOS MakeValid (met). On `blob-x` the grid is
+  not crowded and each step costs about 0.5 us: 3.5x Clipper, 20x GEOS (64x and 61x at 131072;
+  the median segment length, which sets the walk's probe, is now selected rather than sorted
+  out of every length, and line tests cost less, which took it from 10.5 ms to 8.4 ms).
   The outer hull then splits the walked boundary into hundreds of loops and asks, for each
   small loop, whether the large one holds it. Those containment queries search the runs too,
   but a small loop's test point lies right beside the large loop, which it sees edge-on, and
   needs hundreds of directions (below); since those are found through the runs and take an
-  angle only where their keys jump, `blob-x` went from 55 ms to 32 ms. Outer hull at 16384:
-  3.4x Clipper and 59x GEOS on `star-x`, 1.0x Clipper and 5.6x GEOS on `blob-x`. At 131072 the
+  angle only where their keys jump, `blob-x` went from 55 ms to 28 ms. Outer hull at 16384:
+  3.6x Clipper and 61x GEOS on `star-x`, 1.06x Clipper and 6x GEOS on `blob-x`. At 131072 the
   fine `blob-x` splits into 48 000 loops; the hull no longer keeps an answer for every pair of
   loops it asks (3.6 million, never asked twice) nor copies the loops as regions, which took it
-  from 1.07 s to about 0.4 s: 9x Clipper and 8x GEOS there.
+  from 1.07 s to 0.36 s: 10.6x Clipper and 10x GEOS there.
 - **intersections with another contour** (no ratio asked, near-linear growth): each segment of
   the other contour is a query, on dense stars through the runs of segments, so the turned star
   at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
@@ -691,11 +693,13 @@ written:
   must stay within 4 units in the last place of that computation, which a one-pass shoelace sum
   as cv::moments does cannot promise (its rounding is different, and cancellation makes the
   difference grow with n). About 120 ns a vertex is the price of those values, 20x cv's. The
-  centre of mass, defined through the meeting of two medians per triangle, now meets the target
-  (2.1x to 2.4x, from 8.4x): a line's direction is scaled by one product with a power of two
-  read from its bits instead of frexp and ldexp, a meeting scales each direction once, and its
-  parallel test rejects clearly crossing medians without square roots. `area` alone, a
-  cross-product sum, meets it too.
+  centre of mass, defined through the meeting of two medians per triangle, is now 2.0x to 2.4x
+  cv's time (8.4x before): a line's direction is scaled by one product with a power of two read
+  from its bits instead of frexp and ldexp, a meeting scales each direction once, and its
+  parallel test rejects clearly crossing medians without square roots. Its time is a first call
+  less the construction timed on its own, and the two see the heap in different states, so a
+  single case lands near or above 3x in some runs (up to 3.2x). `area` alone, a cross-product
+  sum, meets the target too.
 - **inside.** Each query must aim its ray through the first wide gap of the sorted vertex
   directions and test the segments with the crossing tolerance. From 1024 vertices on a region
   finds the smallest directions best first through the runs of segments (a run's rectangle
@@ -705,7 +709,7 @@ written:
   neighbouring keys jump by nearly the gap's width. Met from 16384 on (0.94x and 0.53x
   cv::pointPolygonTest's time on `blob`, 1.8x and 1.7x on the dense `star`, whose spikes
   crowd the +x ray of most points, so the smallest directions are spread over hundreds of runs,
-  and whose ray crosses dozens of spikes). Not met at 1024: `blob` 2.3x (4.2x before the key
+  and whose ray crosses dozens of spikes). Not met at 1024: `blob` 2.2x (4.2x before the key
   walk, the longer rounds that go on where the last stopped, and fewer allocations: 28 a query
   then, 6 now), `star` 3.1x. The median query on the 1024 blob takes about 1.9 us (1.3x cv's
   1.5 us); the 3% of points beside the outline that see it edge-on still need hundreds of

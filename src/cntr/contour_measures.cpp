@@ -11,6 +11,7 @@
 
 #include "base/detail/farthest_pair.h"
 #include "base/detail/segment_walk.h"
+#include "base/detail/vertex_box.h"
 
 namespace {
 
@@ -137,10 +138,7 @@ gkRect gkContour::encloseRect(const gkXform<2>& x) const {
   } else {
     // The identity (within 1e-15) uses the vertices themselves, so the box holds each of them
     // exactly, with no rounding from a near-identity product.
-    box = gkRect(points_[0], gkVector<2>());
-    for (std::size_t i = 1; i < points_.size(); ++i) {
-      box = box.enclose(gkRect(points_[i], gkVector<2>()));
-    }
+    box = gk::detail::vertexBox(points_);
   }
   encloseRectCache_.insert(x, box, cachedVectorSize_);
   return box;

@@ -14,6 +14,7 @@
 #include "base/detail/grid_cell.h"
 #include "base/detail/near_vertices.h"
 #include "base/detail/sequence_forest.h"
+#include "base/detail/vertex_box.h"
 
 namespace {
 
@@ -31,16 +32,6 @@ constexpr double kVertexCoincidence = 1e-6;
 std::size_t wrapIndex(long k, std::size_t n) {
   const long m = static_cast<long>(n);
   return static_cast<std::size_t>(k < 0 ? k + m : (k >= m ? k - m : k));
-}
-
-/// The box of a loop's vertices, enclosed one by one from the first: the box the loop's region
-/// gives for the identity transform, without building the region.
-gkRect vertexBox(const Points& v) {
-  gkRect box(v[0], gkVector<2>());
-  for (std::size_t i = 1; i < v.size(); ++i) {
-    box = box.enclose(gkRect(v[i], gkVector<2>()));
-  }
-  return box;
 }
 
 /// The vertices wrap(from), ..., wrap(to) of a loop of n, in order (to >= from - 1).
@@ -356,7 +347,7 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   if (boxed) {
     loopBoxes.reserve(loops.size());
     for (const Points& loop : loops) {
-      loopBoxes.push_back(vertexBox(loop));
+      loopBoxes.push_back(gk::detail::vertexBox(loop));
     }
   }
   const gk::detail::BoxIndex boxIndex(loopBoxes, {});

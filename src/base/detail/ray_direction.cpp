@@ -80,6 +80,18 @@ double angleOfKey(double key) {
   return quadrant * (kPi / 2.0) + std::atan2(t, 1.0 - t);
 }
 
+/// The gap rule every search applies to two neighbouring angles low <= high of the ascending
+/// order (high is the first angle when the gap wraps round): when the gap between them is wider
+/// than threshold, sets direction to its bisector and returns true.
+bool bisectIfWide(double low, double high, double threshold, gkVector<2>& direction) {
+  const double gap = gkRadian(high - low).norm().toDouble();
+  if (gap > threshold) {
+    direction = gkVector<2>(1.0, gkRadian(low + gap / 2.0));
+    return true;
+  }
+  return false;
+}
+
 /// The containment ray's direction from the ascending order of every vertex direction (NaN
 /// last). Only a growing prefix of the order is sorted: a prefix holds the same values as the
 /// fully sorted list does there, so the first wide gap is the same.
@@ -108,9 +120,9 @@ gkVector<2> directionFromAllAngles(const std::vector<gkVector<2>>& vertices, con
     const std::size_t last = prefix == n ? n : prefix - 1;
     for (std::size_t i = checked; i < last; ++i) {
       const std::size_t j = i + 1 == n ? 0 : i + 1;
-      const double gap = gkRadian(angles[j] - angles[i]).norm().toDouble();
-      if (gap > threshold) {
-        return gkVector<2>(1.0, gkRadian(angles[i] + gap / 2.0));
+      gkVector<2> direction;
+      if (bisectIfWide(angles[i], angles[j], threshold, direction)) {
+        return direction;
       }
     }
     checked = last;
@@ -139,8 +151,9 @@ void append(std::vector<KeyedVertex>& entries, double key, std::size_t index) {
 
 /// Whether v (a vertex less the query point) points a hair below the +x axis, where its key is
 /// 0 but its normalised angle may be a full turn less a hair.
-bool hairBelowAxis(const gkVector<2>& v) {
-  return v.y() < 0 && quadrantOf(v.x(), v.y()) == 0;
+/// q is v's quadrant.
+bool hairBelowAxis(int q, const gkVector<2>& v) {
+  return q == 0 && v.y() < 0;
 }
 
 /// The containment ray's direction found from the smallest directions only. The ray runs
@@ -174,19 +187,15 @@ bool directionFromKeys(const std::vector<gkVector<2>>& vertices, const gkVector<
   for (const KeyedVertex& e : entries) {
     if (e.key <= reach) {
       chosen.push_back(e);
-      hair = hair || hairBelowAxis(vertices[e.index] - pt);
+      const gkVector<2> v = vertices[e.index] - pt;
+      hair = hair || hairBelowAxis(quadrantOf(v.x(), v.y()), v);
     }
   }
   const auto angleOf = [&](const KeyedVertex& e) {
     return (vertices[e.index] - pt).angle().norm().toDouble();
   };
   const auto wide = [&](double low, double high) {
-    const double gap = gkRadian(high - low).norm().toDouble();
-    if (gap > threshold) {
-      direction = gkVector<2>(1.0, gkRadian(low + gap / 2.0));
-      return true;
-    }
-    return false;
+    return bisectIfWide(low, high, threshold, direction);
   };
   if (hair || !(threshold > 8.0 * kKeyMargin)) {
     std::vector<double> angles;
@@ -241,7 +250,7 @@ bool directionFromSmallestAngles(const std::vector<gkVector<2>>& vertices, const
     const gkVector<2> v = vertices[i] - pt;
     const int q = quadrantOf(v.x(), v.y());
     keys[i] = keyIn(q, v.x(), v.y());
-    allKeysSound = allKeysSound && !std::isnan(keys[i]) && !(q == 0 && v.y() < 0);
+    allKeysSound = allKeysSound && !std::isnan(keys[i]) && !hairBelowAxis(q, v);
   }
   std::vector<double> order(keys);
   std::vector<KeyedVertex> entries;
@@ -287,8 +296,9 @@ bool directionFromSmallestAngles(const std::vector<gkVector<2>>& vertices, const
       high = std::min(high, (vertices[i] - pt).angle().norm().toDouble());
     }
   }
-  const double gap = gkRadian(high - low).norm().toDouble();
-  direction = gap > threshold ? gkVector<2>(1.0, gkRadian(low + gap / 2.0)) : gkVector<2>(1.0, 0.0);
+  if (!bisectIfWide(low, high, threshold, direction)) {
+    direction = gkVector<2>(1.0, 0.0);
+  }
   return true;
 }
 

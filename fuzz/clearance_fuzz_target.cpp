@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/detail/clearance_sweep.h"
+#include "base/detail/star_clearance.h"
 #include "plain_clearance.h"
 
 namespace {
@@ -57,6 +58,13 @@ bool gkClearanceFuzzCheck(const std::uint8_t* data, std::size_t size) {
   const gkClearanceFuzzInput input = gkClearanceFuzzDecode(data, size);
   const std::vector<gkVector<2>>& v = input.points;
   const std::size_t n = v.size();
+  // The one-pass test for star-shaped outlines makes the same promise for the closed polygon
+  // and the open walk at once.
+  if (gk::detail::starShapedKeepsClear(v, kReach, 0.0) &&
+      !(gk::test::plainClearance(v, true) > static_cast<long double>(kReach) &&
+        gk::test::plainClearance(v, false) > static_cast<long double>(kReach))) {
+    return false;
+  }
   std::pair<std::size_t, std::size_t> pair;
   const bool clear = gk::detail::segmentsKeepClear(v, input.closed, kReach, &pair);
   // The walk's segments: closed, k runs from k - 1 (n - 1 for k = 0) to k; open, k to k + 1.

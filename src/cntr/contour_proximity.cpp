@@ -14,6 +14,7 @@
 #include "base/detail/clearance_sweep.h"
 #include "base/detail/grid_cell.h"
 #include "base/detail/segment_walk.h"
+#include "base/detail/star_clearance.h"
 #include "base/detail/total_order.h"
 #include "cntr/detail/segment_entry.h"
 
@@ -285,6 +286,13 @@ constexpr std::size_t kSweepPairsPerSegment = 32;
 /// about that the index is as fast or faster (and costs nothing more to keep); a dense star
 /// lists hundreds, and the runs make its queries ten to eighty times faster.
 constexpr std::size_t kChainPairsPerSegment = 16;
+
+/// How far apart two segments that self-intersection's crossing test accepts can be, at most:
+/// an accepted crossing lies within gkTolProximity of both segments, as measured with a few
+/// units of rounding of the largest coordinate, so the two segments lie within twice that of
+/// each other. The rounding is allowed for generously.
+constexpr double kCrossingGap = 2.0 * gkTolProximity;
+constexpr double kCrossingGapPerMagnitude = 1024.0 * std::numeric_limits<double>::epsilon();
 
 /// A contour that crosses itself mostly does so within a few segments (a fold, two vertices out
 /// of order) and somewhere early in its walk. Self-intersection first asks the first
@@ -618,6 +626,17 @@ bool gkContour::isSelfIntersecting() const {
   // first test after validity is that the two boxes overlap, so only pairs whose boxes may
   // overlap need asking, in both roles: the segment index hands over each such pair (some more
   // than once) without a query per segment.
+  //
+  // A star-shaped outline (a traced blob, a wheel, a convex shape) whose segments sharing no
+  // vertex keep farther apart than the crossing test's reach answers no in one pass, before
+  // any cache is built. It needs the neighbours skipped as below, which its bound on the
+  // coordinates ensures. An outline that crosses itself fails it within a few vertices of its
+  // first fold.
+  if (gk::detail::starShapedKeepsClear(points_, kCrossingGap, kCrossingGapPerMagnitude)) {
+    selfIntersecting_ = false;
+    selfIntersectingValid_ = true;
+    return selfIntersecting_;
+  }
   const gkRect contourBox = encloseRect(gkXform<2>());
   const bool closed = isClosed();
   if (crossesNearStart(points_, closed, contourBox)) {
@@ -712,13 +731,11 @@ bool gkContour::isSelfIntersecting() const {
     selfIntersectingValid_ = true;
     return selfIntersecting_;
   }
-  // An accepted crossing lies within gkTolProximity of both segments, as measured with a few
-  // units of rounding of the largest coordinate, so the two segments lie within twice that of
-  // each other, and they share no vertex. When a plane sweep shows every two segments sharing
-  // no vertex farther apart than that, no query can find anything; when it stops at a pair
-  // that close, that pair is asked next, as it usually crosses.
-  const double reach =
-      2.0 * gkTolProximity + 1024.0 * std::numeric_limits<double>::epsilon() * magnitude;
+  // An accepted crossing is between segments sharing no vertex, within the reach of each
+  // other. When a plane sweep shows every two segments sharing no vertex farther apart than
+  // that, no query can find anything; when it stops at a pair that close, that pair is asked
+  // next, as it usually crosses.
+  const double reach = kCrossingGap + kCrossingGapPerMagnitude * magnitude;
   std::pair<std::size_t, std::size_t> close;
   if (gk::detail::segmentsKeepClear(points_, closed, reach, &close)) {
     selfIntersecting_ = false;

@@ -1186,6 +1186,26 @@ TEST(ContourIndexedQueries, SelfIntersectionMatchesThePlainScanOnSmoothOutlinesA
       const gkContour blob(smooth, closed, 0);
       EXPECT_EQ(blob.isSelfIntersecting(), gk::test::PlainContour(blob).plainIsSelfIntersecting());
       EXPECT_EQ(blob.isSelfIntersecting(), swapPercent > 0);
+      // A smooth C, which is not star-shaped about the centre of its vertices: without swaps
+      // too, its answer comes from the index.
+      Points band;
+      for (int k = 0; k < 1500; ++k) {
+        const bool outer = k < 750;
+        const double t = 0.5 + 5.283185307179586 * (outer ? k : 1499 - k) / 749.0;
+        const double r = (outer ? 100.0 : 80.0) + 0.01 * gen.real(1.0);
+        band.emplace_back(r * std::cos(t), r * std::sin(t));
+      }
+      for (std::size_t k = 0; k + 1 < band.size(); ++k) {
+        if (gen.pick(100) < static_cast<std::uint64_t>(swapPercent)) {
+          std::swap(band[k], band[k + 1]);
+        }
+      }
+      const gkContour c(band, closed, 0);
+      EXPECT_EQ(c.isSelfIntersecting(), gk::test::PlainContour(c).plainIsSelfIntersecting());
+      EXPECT_EQ(c.isSelfIntersecting(), swapPercent > 0);
+      if (swapPercent == 0) {
+        EXPECT_TRUE(Access::lineSegsValid(c));
+      }
       const gkContour star(noisyStar(1500, swapPercent, gen), closed, 0);
       EXPECT_EQ(star.isSelfIntersecting(), gk::test::PlainContour(star).plainIsSelfIntersecting());
     }
@@ -1503,6 +1523,67 @@ TEST(ContourSelfIntersection, ACrossingNearTheStartIsFoundBeforeAnySegmentCacheI
   const gkContour late(v, true, 0);
   EXPECT_TRUE(late.isSelfIntersecting());
   EXPECT_TRUE(Access::lineSegsValid(late));
+}
+
+TEST(ContourSelfIntersection, AStarShapedOutlineIsAnsweredBeforeAnySegmentCacheIsBuilt) {
+  // A smooth outline seen from the centre of its vertices, every segment turning the same way:
+  // its segments keep apart, and no cache is needed to say so.
+  Points v;
+  for (int k = 0; k < 2000; ++k) {
+    const double t = 6.283185307179586 * k / 2000.0;
+    const double r = 50.0 * (1.0 + 0.3 * std::sin(5.0 * t));
+    v.emplace_back(r * std::cos(t) + 7.0, r * std::sin(t) - 3.0);
+  }
+  for (const bool closed : {true, false}) {
+    const gkContour c(v, closed, 0);
+    EXPECT_FALSE(c.isSelfIntersecting());
+    EXPECT_FALSE(Access::lineSegsValid(c));
+    EXPECT_FALSE(gk::test::PlainContour(c).plainIsSelfIntersecting());
+  }
+}
+
+TEST(ContourSelfIntersection, StarShapedOutlinesNearTheToleranceMatchThePlainScan) {
+  // Star-shaped polygons (jittered angles in order, random radii, either way round), some with a
+  // vertex placed just after another, so close that the segments on either side of the pair
+  // pass within 0.2e-6 to 2.2e-6 of each other: near the crossing test's tolerance, where the
+  // one-pass answer must stand aside. Open and closed, against the plain scan.
+  std::mt19937_64 rng(4242);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  int answeredAtOnce = 0;
+  int crossing = 0;
+  for (int shape = 0; shape < 1500; ++shape) {
+    const std::size_t n = 4 + static_cast<std::size_t>(u(rng) * 40);
+    Points v;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double a =
+          6.283185307179586 * (static_cast<double>(k) + 0.8 * u(rng)) / static_cast<double>(n);
+      const double r = 10.0 * (0.8 + 0.4 * u(rng));
+      v.emplace_back(r * std::cos(a), r * std::sin(a));
+    }
+    if (shape % 2 == 0) {
+      // The pair: a copy of vertex k moved outward and a hair along the turn.
+      const std::size_t k = static_cast<std::size_t>(u(rng) * static_cast<double>(n));
+      const gkVector<2> p = v[k];
+      const double along = 1e-9 * (1.0 + u(rng));
+      const double out = 0.2e-6 + 2e-6 * u(rng);
+      const gkVector<2> radial = p / p.len();
+      const gkVector<2> turn(-radial.y(), radial.x());
+      v.insert(v.begin() + static_cast<std::ptrdiff_t>(k) + 1,
+               p + radial * out + turn * (along * p.len()));
+    }
+    if (shape % 3 == 0) {
+      std::reverse(v.begin(), v.end());
+    }
+    for (const bool closed : {true, false}) {
+      const gkContour c(v, closed, 0);
+      const bool expected = gk::test::PlainContour(c).plainIsSelfIntersecting();
+      ASSERT_EQ(c.isSelfIntersecting(), expected) << "shape " << shape << ", closed " << closed;
+      answeredAtOnce += Access::lineSegsValid(c) ? 0 : 1;
+      crossing += expected ? 1 : 0;
+    }
+  }
+  EXPECT_GT(answeredAtOnce, 1400);  // nearly every shape without the pair
+  EXPECT_GT(crossing, 40);
 }
 
 TEST(ContourSelfIntersection, NearStartFoldsAroundTheToleranceMatchThePlainScan) {

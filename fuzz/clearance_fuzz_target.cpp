@@ -59,11 +59,15 @@ bool gkClearanceFuzzCheck(const std::uint8_t* data, std::size_t size) {
   const std::vector<gkVector<2>>& v = input.points;
   const std::size_t n = v.size();
   // The one-pass test for star-shaped outlines makes the same promise for the closed polygon
-  // and the open walk at once.
-  if (gk::detail::starShapedKeepsClear(v, kReach, 0.0) &&
-      !(gk::test::plainClearance(v, true) > static_cast<long double>(kReach) &&
-        gk::test::plainClearance(v, false) > static_cast<long double>(kReach))) {
-    return false;
+  // and the open walk at once, about either centre.
+  if (!v.empty()) {
+    for (const gkVector<2>& centre : {gk::detail::sampledCentre(v), gk::detail::vertexCentre(v)}) {
+      if (gk::detail::starShapedKeepsClear(v, centre, kReach, 0.0) &&
+          !(gk::test::plainClearance(v, true) > static_cast<long double>(kReach) &&
+            gk::test::plainClearance(v, false) > static_cast<long double>(kReach))) {
+        return false;
+      }
+    }
   }
   std::pair<std::size_t, std::size_t> pair;
   const bool clear = gk::detail::segmentsKeepClear(v, input.closed, kReach, &pair);

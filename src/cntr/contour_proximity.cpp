@@ -630,9 +630,13 @@ bool gkContour::isSelfIntersecting() const {
   // A star-shaped outline (a traced blob, a wheel, a convex shape) whose segments sharing no
   // vertex keep farther apart than the crossing test's reach answers no in one pass, before
   // any cache is built. It needs the neighbours skipped as below, which its bound on the
-  // coordinates ensures. An outline that crosses itself fails it within a few vertices of its
-  // first fold.
-  if (gk::detail::starShapedKeepsClear(points_, kCrossingGap, kCrossingGapPerMagnitude)) {
+  // coordinates ensures. Seen from the mean of a few vertices, an outline that crosses itself
+  // fails it within a few vertices of its first fold.
+  const auto starShapedAbout = [this](const gkVector<2>& centre) {
+    return gk::detail::starShapedKeepsClear(points_, centre, kCrossingGap,
+                                            kCrossingGapPerMagnitude);
+  };
+  if (starShapedAbout(gk::detail::sampledCentre(points_))) {
     selfIntersecting_ = false;
     selfIntersectingValid_ = true;
     return selfIntersecting_;
@@ -641,6 +645,15 @@ bool gkContour::isSelfIntersecting() const {
   const bool closed = isClosed();
   if (crossesNearStart(points_, closed, contourBox)) {
     selfIntersecting_ = true;
+    selfIntersectingValid_ = true;
+    return selfIntersecting_;
+  }
+  // A dense star's kernel (where every spike is seen whole) can be smaller than the sampled
+  // mean's distance from it; the mean of every vertex lands in it. Asked only once the quick
+  // look for a crossing near the start has found none, so that outlines which cross there do
+  // not pay the extra pass.
+  if (starShapedAbout(gk::detail::vertexCentre(points_))) {
+    selfIntersecting_ = false;
     selfIntersectingValid_ = true;
     return selfIntersecting_;
   }

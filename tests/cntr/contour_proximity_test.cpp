@@ -1542,6 +1542,29 @@ TEST(ContourSelfIntersection, AStarShapedOutlineIsAnsweredBeforeAnySegmentCacheI
   }
 }
 
+TEST(ContourSelfIntersection, ADenseStarIsAnsweredFromTheMeanOfEveryVertex) {
+  // A star of 2048 spikes sees all of itself only from a disc about a unit wide around the
+  // origin, and the mean of 64 of its vertices often lies outside it; the mean of all of them
+  // lies inside. Such a star is answered after the box and the quick look near the start,
+  // still without segment caches. Some draws of the radii give one.
+  bool found = false;
+  for (std::uint64_t seed = 1; seed < 100 && !found; ++seed) {
+    std::mt19937_64 rng(seed);
+    std::uniform_real_distribution<double> u(0.0, 1.0);
+    const Points v = gk::test::starOutline(2048, 0.3, [&] { return u(rng); });
+    const gkContour c(v, true, 0);
+    EXPECT_FALSE(c.isSelfIntersecting());
+    if (Access::encloseRectCache(c).size() == 1 && !Access::lineSegsValid(c)) {
+      found = true;
+      EXPECT_FALSE(gk::test::PlainContour(c).plainIsSelfIntersecting());
+      const gkContour open(v, false, 0);
+      EXPECT_FALSE(open.isSelfIntersecting());
+      EXPECT_FALSE(gk::test::PlainContour(open).plainIsSelfIntersecting());
+    }
+  }
+  EXPECT_TRUE(found);
+}
+
 TEST(ContourSelfIntersection, StarShapedOutlinesNearTheToleranceMatchThePlainScan) {
   // Star-shaped polygons (jittered angles in order, random radii, either way round), some with a
   // vertex placed just after another, so close that the segments on either side of the pair

@@ -632,11 +632,12 @@ bool gkContour::isSelfIntersecting() const {
   // any cache is built. It needs the neighbours skipped as below, which its bound on the
   // coordinates ensures. Seen from the mean of a few vertices, an outline that crosses itself
   // fails it within a few vertices of its first fold.
-  const auto starShapedAbout = [this](const gkVector<2>& centre) {
-    return gk::detail::starShapedKeepsClear(points_, centre, kCrossingGap,
-                                            kCrossingGapPerMagnitude);
+  const auto starShapedAbout = [this](const gkVector<2>& centre,
+                                      gk::detail::StarDistances distances) {
+    return gk::detail::starShapedKeepsClear(points_, centre, kCrossingGap, kCrossingGapPerMagnitude,
+                                            distances);
   };
-  if (starShapedAbout(gk::detail::sampledCentre(points_))) {
+  if (starShapedAbout(gk::detail::sampledCentre(points_), gk::detail::StarDistances::kLinesFirst)) {
     selfIntersecting_ = false;
     selfIntersectingValid_ = true;
     return selfIntersecting_;
@@ -651,8 +652,9 @@ bool gkContour::isSelfIntersecting() const {
   // A dense star's kernel (where every spike is seen whole) can be smaller than the sampled
   // mean's distance from it; the mean of every vertex lands in it. Asked only once the quick
   // look for a crossing near the start has found none, so that outlines which cross there do
-  // not pay the extra pass.
-  if (starShapedAbout(gk::detail::vertexCentre(points_))) {
+  // not pay the extra pass; by the segments' distances at once, as the outlines that get here
+  // are mostly spiky.
+  if (starShapedAbout(gk::detail::vertexCentre(points_), gk::detail::StarDistances::kSegments)) {
     selfIntersecting_ = false;
     selfIntersectingValid_ = true;
     return selfIntersecting_;

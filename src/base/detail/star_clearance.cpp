@@ -154,16 +154,18 @@ Pass starPass(const std::vector<gkVector<2>>& points, double cx, double cy, doub
 }  // namespace
 
 bool starShapedKeepsClear(const std::vector<gkVector<2>>& points, const gkVector<2>& centre,
-                          double gap, double gapPerMagnitude) {
+                          double gap, double gapPerMagnitude, StarDistances distances) {
   if (points.size() < 3) {
     return false;
   }
-  // The lines' distances serve smooth outlines; only a star whose lines come too close is
-  // measured again, by the segments.
+  const auto bySegments = [&] {
+    return starPass<true>(points, centre.x(), centre.y(), gap, gapPerMagnitude) == Pass::kClear;
+  };
+  if (distances == StarDistances::kSegments) {
+    return bySegments();
+  }
   const Pass byLines = starPass<false>(points, centre.x(), centre.y(), gap, gapPerMagnitude);
-  return byLines == Pass::kClear ||
-         (byLines == Pass::kTooClose &&
-          starPass<true>(points, centre.x(), centre.y(), gap, gapPerMagnitude) == Pass::kClear);
+  return byLines == Pass::kClear || (byLines == Pass::kTooClose && bySegments());
 }
 
 }  // namespace gk::detail

@@ -14,6 +14,12 @@ gkVector<2> sampledCentre(const std::vector<gkVector<2>>& points);
 /// whose kernel is too small for the sampled mean to find. points must not be empty.
 gkVector<2> vertexCentre(const std::vector<gkVector<2>>& points);
 
+/// How starShapedKeepsClear bounds each segment's distance from the centre: by its line's
+/// distance first, and by the segment's own only when that is too small (smooth outlines: the
+/// cheaper pass usually answers); or by the segment's own at once (dense stars, whose radial
+/// spikes have lines through the centre's neighbourhood: the cheaper pass would be wasted).
+enum class StarDistances { kLinesFirst, kSegments };
+
 /// True only when the closed polygon through points is star-shaped about centre and every two
 /// of its segments that share no vertex lie more than gap + gapPerMagnitude m apart, m being
 /// the largest magnitude of a coordinate. False means "not shown": the outline is not
@@ -32,6 +38,7 @@ gkVector<2> vertexCentre(const std::vector<gkVector<2>>& points);
 /// rho sin(min(gamma, pi/2)) apart, rho being the least distance from the centre to a segment
 /// and gamma the narrowest wedge.
 bool starShapedKeepsClear(const std::vector<gkVector<2>>& points, const gkVector<2>& centre,
-                          double gap, double gapPerMagnitude);
+                          double gap, double gapPerMagnitude,
+                          StarDistances distances = StarDistances::kLinesFirst);
 
 }  // namespace gk::detail

@@ -105,7 +105,7 @@ std::vector<Points> splitAtRepeats(const Points& walked) {
     std::vector<int> nearby;
     std::size_t total = 0;
     for (std::size_t w = 0; w < n; ++w) {
-      everything.find(walked[w], nearby);
+      everything.findNear(w, nearby);
       for (const int found : nearby) {
         const std::size_t k = static_cast<std::size_t>(found);
         if (k != w) {
@@ -427,7 +427,7 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     const gk::detail::NearVertices everything(all, kVertexCoincidence);
     std::vector<int> nearby;
     for (std::size_t k = 0; k < all.size(); ++k) {
-      everything.find(all[k], nearby);
+      everything.findNear(k, nearby);
       for (const int found : nearby) {
         const std::size_t other = owner[static_cast<std::size_t>(found)];
         if (other != owner[k]) {

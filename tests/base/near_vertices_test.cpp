@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <vector>
@@ -27,6 +28,13 @@ void expectVertexIndexOrder(const Points& points, double tolerance, const Points
       ASSERT_EQ(found, contour.vertexIndex(q, tolerance))
           << "at (" << q.x() << ", " << q.y() << "), tolerance " << tolerance;
     }
+  }
+  // Asked by number, a point of the list gets the same list.
+  std::vector<int> foundNear;
+  for (std::size_t j = 0; j < points.size(); ++j) {
+    near.find(points[j], found);
+    near.findNear(j, foundNear);
+    ASSERT_EQ(foundNear, found) << "point " << j << ", tolerance " << tolerance;
   }
 }
 
@@ -69,6 +77,35 @@ TEST(NearVertices, ListsAsTheVertexGridDoesForZerosHugeAndNonFiniteCoordinates) 
   const Points p = {{0.0, -0.0}, {-0.0, 0.0}, {1e300, 1e300}, {-1e300, 1e300}, {inf, 0},
                     {0, -inf},   {nan, 0},    {0, nan},       {5e-7, 0},       {1e300, 1e300}};
   expectVertexIndexOrder(p, 1e-6, {{0, 0}, {1e300, 1e300}, {inf, inf}, {nan, nan}});
+}
+
+TEST(NearVertices, APointOfTheListFindsByNumberWhatItFindsByPlace) {
+  // Long lists, where the searches from a point's own place gallop far: points on a fine
+  // grid (many per column), on a line (one per column), in tight clusters, and one point
+  // repeated, at tolerances from far below to far above the spacing.
+  std::mt19937_64 rng(77);
+  std::uniform_real_distribution<double> u(0, 1);
+  for (const double tolerance : {1e-9, 0.01, 0.5, 7.0}) {
+    Points grid;
+    Points line;
+    Points clusters;
+    for (int i = 0; i < 2000; ++i) {
+      grid.emplace_back(std::floor(u(rng) * 30), std::floor(u(rng) * 30) + 0.5 * u(rng));
+      line.emplace_back(0.37 * i, 1.0);
+      clusters.emplace_back(std::floor(i / 50.0) * 10.0 + 0.01 * u(rng), 0.01 * u(rng));
+    }
+    const Points same(300, gkVector<2>(2.5, -1.0));
+    for (const Points* p : std::initializer_list<const Points*>{&grid, &line, &clusters, &same}) {
+      const NearVertices near(*p, tolerance);
+      std::vector<int> found;
+      std::vector<int> foundNear;
+      for (std::size_t j = 0; j < p->size(); ++j) {
+        near.find((*p)[j], found);
+        near.findNear(j, foundNear);
+        ASSERT_EQ(foundNear, found) << "point " << j << ", tolerance " << tolerance;
+      }
+    }
+  }
 }
 
 TEST(NearVertices, AnEmptyListFindsNothing) {

@@ -2,8 +2,9 @@
 // farthest-pair circle and diameter, and nearest-point queries.
 //
 // Queries that the contour caches (isSelfIntersecting, encloseCircle, diameter, intersections'
-// segment index) run on a contour built inside the timed loop, so that every iteration pays the
-// full first call; "newContour" times that construction alone so the report can subtract it.
+// segment index) are asked of new contours, built with the timer paused (timeFirstCalls), so that
+// every iteration pays the full first call and nothing else; "newContour" times that construction
+// alone, for information.
 #include <cstddef>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "../boost_peer.h"
+#include "../first_calls.h"
 #include "../peers.h"
 #include "../registry.h"
 
@@ -43,11 +45,13 @@ void registerSelfIntersection(Family f, int n) {
   add(op, "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
     bool answer = false;
-    for (auto _ : state) {
-      gkContour c(pts, true, 0);
-      answer = c.isSelfIntersecting();
-      benchmark::DoNotOptimize(answer);
-    }
+    timeFirstCalls<gkContour>(
+        state, n,
+        [&answer](const gkContour& c) {
+          answer = c.isSelfIntersecting();
+          benchmark::DoNotOptimize(answer);
+        },
+        pts, true, 0);
     state.counters["selfIntersecting"] = answer ? 1 : 0;
   });
   add(op, "geos", fam, n, [f, n](benchmark::State& state) {
@@ -80,12 +84,14 @@ void registerIntersections(Family f, int n) {
     const Points& pts = cachedShape(f, n);
     const gkContour other(rotated(pts, kCopyTurn), true, 0);
     std::size_t crossings = 0;
-    for (auto _ : state) {
-      gkContour c(pts, true, 0);
-      const std::vector<gkVector<2>> x = c.intersections(other);
-      crossings = x.size();
-      benchmark::DoNotOptimize(crossings);
-    }
+    timeFirstCalls<gkContour>(
+        state, n,
+        [&other, &crossings](const gkContour& c) {
+          const std::vector<gkVector<2>> x = c.intersections(other);
+          crossings = x.size();
+          benchmark::DoNotOptimize(crossings);
+        },
+        pts, true, 0);
     state.counters["crossings"] = static_cast<double>(crossings);
   });
   add(op, "geos", fam, n, [f, n](benchmark::State& state) {
@@ -106,18 +112,22 @@ void registerEncloseCircle(Family f, int n) {
   const std::string fam = familyName(f);
   add("encloseCircle", "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
-    for (auto _ : state) {
-      gkContour c(pts, true, 0);
-      const gkCircle circle = c.encloseCircle(gkContourDefs::eFarthestPair);
-      benchmark::DoNotOptimize(circle);
-    }
+    timeFirstCalls<gkContour>(
+        state, n,
+        [](const gkContour& c) {
+          const gkCircle circle = c.encloseCircle(gkContourDefs::eFarthestPair);
+          benchmark::DoNotOptimize(circle);
+        },
+        pts, true, 0);
   });
   add("diameter", "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
-    for (auto _ : state) {
-      gkContour c(pts, true, 0);
-      benchmark::DoNotOptimize(c.diameter(gkContourDefs::eFarthestPair));
-    }
+    timeFirstCalls<gkContour>(
+        state, n,
+        [](const gkContour& c) {
+          benchmark::DoNotOptimize(c.diameter(gkContourDefs::eFarthestPair));
+        },
+        pts, true, 0);
   });
   // minEnclosingCircle answers both questions at once; the report takes it as the peer of
   // diameter too.

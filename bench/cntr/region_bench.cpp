@@ -1,9 +1,9 @@
 // gkRegion against its peers: regularization and outer hull of (self-intersecting) outlines,
 // and point containment.
 //
-// regularize and outerHull are cached per region, so they run on a region built inside the timed
-// loop; "newRegion" times that construction alone so the report can subtract it. Containment
-// runs on one region built before the loop, its caches filled by a first query.
+// regularize and outerHull are cached per region, so they are asked of new regions, built with
+// the timer paused (timeFirstCalls); "newRegion" times that construction alone, for information.
+// Containment runs on one region built before the loop, its caches filled by a first query.
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -12,6 +12,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "../boost_peer.h"
+#include "../first_calls.h"
 #include "../peers.h"
 #include "../registry.h"
 
@@ -38,21 +39,25 @@ void registerRepair(Family f, int n) {
   add("regularize", "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
     gkRegion result;
-    for (auto _ : state) {
-      gkRegion r(pts, gkContourDefs::eIgnore);
-      r.regularize(result);
-      benchmark::DoNotOptimize(&result);
-    }
+    timeFirstCalls<gkRegion>(
+        state, n,
+        [&result](const gkRegion& r) {
+          r.regularize(result);
+          benchmark::DoNotOptimize(&result);
+        },
+        pts, gkContourDefs::eIgnore);
     state.counters["outVertices"] = static_cast<double>(result.points().size());
   });
   add("outerHull", "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
     gkRegion result;
-    for (auto _ : state) {
-      gkRegion r(pts, gkContourDefs::eIgnore);
-      r.outerHull(result);
-      benchmark::DoNotOptimize(&result);
-    }
+    timeFirstCalls<gkRegion>(
+        state, n,
+        [&result](const gkRegion& r) {
+          r.outerHull(result);
+          benchmark::DoNotOptimize(&result);
+        },
+        pts, gkContourDefs::eIgnore);
     state.counters["outVertices"] = static_cast<double>(result.points().size());
   });
   // Each peer's repair of a self-intersecting polygon, registered once under regularize; the

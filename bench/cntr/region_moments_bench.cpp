@@ -1,14 +1,15 @@
 // The first call of a region's moments (area, centre of mass, inertia matrix, and all three)
 // against OpenCV's moments of a contour and Boost.Geometry's centroid.
 //
-// The moments are cached per region, so each iteration builds a new region inside the timed
-// loop; the report subtracts "newRegion" (region_bench.cpp), which times that construction.
+// The moments are cached per region, so they are asked of new regions, built with the timer
+// paused (timeFirstCalls); "newRegion" (region_bench.cpp) times that construction alone.
 #include <vector>
 
 #include <gk/gk.h>
 #include <opencv2/imgproc.hpp>
 
 #include "../boost_peer.h"
+#include "../first_calls.h"
 #include "../peers.h"
 #include "../registry.h"
 
@@ -22,33 +23,32 @@ void registerMoments(Family f, int n) {
   const std::string fam = familyName(f);
   add("area", "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
-    for (auto _ : state) {
-      gkRegion r(pts, gkContourDefs::eIgnore);
-      benchmark::DoNotOptimize(r.area(true));
-    }
+    timeFirstCalls<gkRegion>(
+        state, n, [](const gkRegion& r) { benchmark::DoNotOptimize(r.area(true)); }, pts,
+        gkContourDefs::eIgnore);
   });
   add("centerOfMass", "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
-    for (auto _ : state) {
-      gkRegion r(pts, gkContourDefs::eIgnore);
-      benchmark::DoNotOptimize(r.centerOfMass(true));
-    }
+    timeFirstCalls<gkRegion>(
+        state, n, [](const gkRegion& r) { benchmark::DoNotOptimize(r.centerOfMass(true)); }, pts,
+        gkContourDefs::eIgnore);
   });
   add("inertiaMatrix", "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
-    for (auto _ : state) {
-      gkRegion r(pts, gkContourDefs::eIgnore);
-      benchmark::DoNotOptimize(r.inertiaMatrix(true));
-    }
+    timeFirstCalls<gkRegion>(
+        state, n, [](const gkRegion& r) { benchmark::DoNotOptimize(r.inertiaMatrix(true)); }, pts,
+        gkContourDefs::eIgnore);
   });
   add("moments", "gkgeom", fam, n, [f, n](benchmark::State& state) {
     const Points& pts = cachedShape(f, n);
-    for (auto _ : state) {
-      gkRegion r(pts, gkContourDefs::eIgnore);
-      benchmark::DoNotOptimize(r.area(true));
-      benchmark::DoNotOptimize(r.centerOfMass(true));
-      benchmark::DoNotOptimize(r.inertiaMatrix(true));
-    }
+    timeFirstCalls<gkRegion>(
+        state, n,
+        [](const gkRegion& r) {
+          benchmark::DoNotOptimize(r.area(true));
+          benchmark::DoNotOptimize(r.centerOfMass(true));
+          benchmark::DoNotOptimize(r.inertiaMatrix(true));
+        },
+        pts, gkContourDefs::eIgnore);
   });
   // cv::moments gives area, centroid and central second moments in one call: the report takes
   // it as the peer of area, centerOfMass and inertiaMatrix as well.

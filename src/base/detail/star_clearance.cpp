@@ -109,10 +109,10 @@ Pass starPass(const std::vector<gkVector<2>>& points, double cx, double cy, doub
     }
     // The distance from the centre to the segment's line, cross / |step|, is at least cross
     // over the step's taxicab length, and the segment is no nearer than its line.
-    const double dx = vx - prevX;
-    const double dy = mirror * (vy - prevY);
-    const double stepL1 = std::abs(dx) + std::abs(dy);
+    const double stepL1 = std::abs(vx - prevX) + std::abs(vy - prevY);
     if constexpr (toSegments) {
+      const double dx = vx - prevX;
+      const double dy = mirror * (vy - prevY);
       // When the step leads away from the centre at the first end or towards it at the
       // second, the segment's nearest point is an end, no nearer than the nearer end. A sign
       // misjudged within rounding means an angle of a hair more than a quarter turn at that

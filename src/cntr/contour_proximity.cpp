@@ -764,6 +764,41 @@ bool gkContour::isSelfIntersecting() const {
   return selfIntersecting_;
 }
 
+std::vector<bool> gkContour::segmentsClearOfOthers() const {
+  const std::size_t count = lineSegs().size();
+  std::vector<bool> clear(count, false);
+  const bool allFinite = std::all_of(points_.begin(), points_.end(), [](const gkVector<2>& p) {
+    return std::isfinite(p.x()) && std::isfinite(p.y());
+  });
+  const gk::detail::BoxIndex& index = segmentIndex();
+  if (!allFinite || !(largestMagnitude(encloseRect(gkXform<2>()), {}) <= 1e100) ||
+      index.pairCount() > kListedPairsPerSegment * count) {
+    // Not finite, or beyond the bound the neighbours' drop needs; or crowded cells (dense
+    // spikes), where listing the pairs would cost more than the queries it saves.
+    return clear;
+  }
+  // A query's first test of a candidate, after validity, is that the boxes overlap. A query
+  // along segment k, from one end to the other, has k's own box; so only segments whose boxes
+  // overlap k's can be found, and of those, k itself (parallel to the query) and the segments
+  // holding its ends (at distance 0 from the query's ends, within 1e100) are dropped. The
+  // index lists every overlapping pair.
+  const bool closed = isClosed();
+  const auto shareAnEnd = [count, closed](std::size_t a, std::size_t b) {
+    return b == a + 1 || (closed && a == 0 && b + 1 == count);
+  };
+  for (std::size_t k = 0; k < count; ++k) {
+    clear[k] = validLine_[k];
+  }
+  index.anyPair(segRects_, [&](std::size_t a, std::size_t b) {
+    if (segRects_[a].overlaps(segRects_[b]) && !shareAnEnd(a, b)) {
+      clear[a] = false;
+      clear[b] = false;
+    }
+    return false;
+  });
+  return clear;
+}
+
 double gkContour::medianFeatureSize() const {
   checkEmptyContour();
   if (!medianValid_) {

@@ -281,6 +281,10 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     crossingsCounted = true;
   };
 
+  // A step from a vertex along a segment that keeps clear of every segment but its neighbours
+  // finds no crossing: the query is skipped. Worked out once for every segment, it is worth
+  // it when the walk takes most segments.
+  const std::vector<bool> clear = segmentsClearOfOthers();
   Points walked;
   const gkVector<2> home = v[static_cast<std::size_t>(start)];
   gkVector<2> p = home;
@@ -298,7 +302,13 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
       throw gkContourDefs::BadParams(L"invalid contour");
     }
     const gkVector<2> target = forward ? v[wrapIndex(cursor, n)] : v[wrapIndex(cursor - 1, n)];
-    const Points crossed = gkContour::intersections(gkLineSeg(p, target), segIndices, false);
+    // Segment k runs from v[k - 1] to v[k]; the step runs along segment cursor, forward from
+    // v[cursor - 1] or backward from v[cursor].
+    const std::size_t along = wrapIndex(cursor, n);
+    const bool fromItsEnd = p == (forward ? v[wrapIndex(cursor - 1, n)] : v[along]);
+    const Points crossed = fromItsEnd && clear[along]
+                               ? Points()
+                               : gkContour::intersections(gkLineSeg(p, target), segIndices, false);
     if (!crossed.empty()) {
       // Turn onto the crossed segment k (from v[k-1] to v[k]) and reverse: forward now heads
       // for v[k], backward for v[k-1].

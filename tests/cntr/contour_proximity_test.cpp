@@ -36,7 +36,9 @@ class ProbeContour : public gkContour {
  public:
   using gkContour::gkContour;
   using gkContour::intersections;
+  using gkContour::lineSegs;
   using gkContour::medianFeatureSize;
+  using gkContour::segmentsClearOfOthers;
 };
 
 /// One crossing as the indexed query reports it: the point and the segment number.
@@ -1540,6 +1542,60 @@ TEST(ContourSelfIntersection, AStarShapedOutlineIsAnsweredBeforeAnySegmentCacheI
     EXPECT_FALSE(Access::lineSegsValid(c));
     EXPECT_FALSE(gk::test::PlainContour(c).plainIsSelfIntersecting());
   }
+}
+
+TEST(ContourSegmentsClear, AClearSegmentFindsNothingAlongItselfEitherWay) {
+  // Boxes with a notch whose tip comes to a hair above the bottom edge, on it, or through it
+  // (boxes apart or meeting, distances around the tolerance), and grid shapes with repeats and
+  // collinear runs: every segment called clear, queried along itself without ends in either
+  // direction, finds no crossing.
+  gk::test::DegenerateShapes gen(515);
+  std::mt19937_64 rng(616);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  int clearCount = 0;
+  int notClear = 0;
+  for (int shape = 0; shape < 1500; ++shape) {
+    Points v;
+    if (shape % 2 == 0) {
+      // A box with a notch whose tip comes down to a hair above the bottom edge.
+      const double hair =
+          (shape % 8 < 4 ? 1.0 : -1.0) * kNearTouches[static_cast<std::size_t>(shape / 2) % 7];
+      const double tipX = 2.0 + 6.0 * u(rng);
+      v = {{0, 0}, {10, 0}, {10, 5}, {tipX + 1.0, 5}, {tipX, hair}, {tipX - 1.0, 5}, {0, 5}};
+      if (shape % 4 == 0) {
+        std::reverse(v.begin(), v.end());
+      }
+    } else {
+      v = gen.points(3 + gen.pick(30), shape % 5 == 0);
+    }
+    const ProbeContour c(v, true, 0);
+    const std::vector<bool> clear = c.segmentsClearOfOthers();
+    ASSERT_EQ(clear.size(), c.lineSegs().size());
+    for (std::size_t k = 0; k < clear.size(); ++k) {
+      (clear[k] ? clearCount : notClear) += 1;
+      if (!clear[k]) {
+        continue;
+      }
+      const gkLineSeg& s = c.lineSegs()[k];
+      EXPECT_TRUE(c.intersections(s, false).empty()) << "shape " << shape << ", segment " << k;
+      EXPECT_TRUE(c.intersections(gkLineSeg(s.p2(), s.p1()), false).empty())
+          << "shape " << shape << ", segment " << k << " backwards";
+    }
+  }
+  EXPECT_GT(clearCount, 3000);
+  EXPECT_GT(notClear, 1000);
+}
+
+TEST(ContourSegmentsClear, NoSegmentIsClearWhenACoordinateIsNotFiniteOrHuge) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  for (const gkVector<2>& bad : {gkVector<2>(nan, 1), gkVector<2>(1, 1e101),
+                                 gkVector<2>(std::numeric_limits<double>::infinity(), 0)}) {
+    const ProbeContour c({{0, 0}, {10, 0}, {10, 10}, bad, {0, 10}}, true, 0);
+    const std::vector<bool> clear = c.segmentsClearOfOthers();
+    EXPECT_EQ(std::count(clear.begin(), clear.end(), true), 0);
+  }
+  const ProbeContour square({{0, 0}, {10, 0}, {10, 10}, {0, 10}}, true, 0);
+  EXPECT_EQ(square.segmentsClearOfOthers(), std::vector<bool>(4, true));
 }
 
 TEST(ContourSelfIntersection, ADenseStarIsAnsweredFromTheMeanOfEveryVertex) {

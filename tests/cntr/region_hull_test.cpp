@@ -883,6 +883,27 @@ void expectTypedErrorOrDefinedResult(const Points& input) {
 
 }  // namespace
 
+TEST(RegionWalk, ANotchTipAHairAboveAnEdgeIsWalkedAsTheReferenceWalksIt) {
+  // The notch's tip comes within the tolerance of the bottom edge, or just beyond it, with
+  // boxes that do not meet the edge's: a query along the edge finds nothing there, and the
+  // walk, which skips such queries, must agree with the reference. Tips on the edge or a hair
+  // through it cross it, and the walk must turn where the reference turns.
+  const AssertionCounter counter;
+  for (const double hair : {0.3e-6, 0.9e-6, 1.1e-6, 2.5e-6, 0.0, -0.5e-6, -3e-6}) {
+    for (const bool reversed : {false, true}) {
+      Points v = {{0, 0}, {10, 0}, {10, 5}, {6, 5}, {5, hair}, {4, 5}, {0, 5}};
+      if (reversed) {
+        std::reverse(v.begin(), v.end());
+      }
+      for (const bool hullOnly : {false, true}) {
+        const std::string what = checkAgainstReference(v, hullOnly);
+        EXPECT_EQ(what.find("assertion"), std::string::npos) << what;
+      }
+    }
+  }
+  EXPECT_EQ(AssertionCounter::count(), 0);
+}
+
 TEST(RegionWalk, AllVerticesEqualIsNotSelfIntersectingAndComesBackUnchanged) {
   const Points same{{3, 3}, {3, 3}, {3, 3}, {3, 3}};
   expectTypedErrorOrDefinedResult(same);

@@ -238,6 +238,12 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   /// chainBounds() when the segment index is crowded (its cells list many pairs a segment: long
   /// spikes), null when the index serves segment queries well.
   const gk::detail::ChainBounds* crowdedChains() const;
+  /// For each segment, true only when no valid segment but itself and the two sharing its ends
+  /// has a box overlapping its box: a query along that segment, either way and without ends,
+  /// finds nothing. All false when a coordinate is not finite or beyond 1e100, or when the
+  /// segment index is crowded. Not cached: O(n) on outlines whose segments keep apart, for a
+  /// caller that queries most segments.
+  std::vector<bool> segmentsClearOfOthers() const;
   /// How many crossings intersections(seg, includeEnds) finds, the candidates searched through
   /// runs (this contour's chainBounds()) when given: for containment rays, which meet an
   /// outline in few places whatever its shape.

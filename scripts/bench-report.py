@@ -597,6 +597,12 @@ Per-query benchmarks (`inside`, `closestPoint`, `distToPoint`) use one object wh
 first query filled, and each peer's prepared or indexed form where it has one (GEOS prepared
 geometries, their index built before the loop).
 
+**Heap.** The benchmark program keeps freed memory (glibc's mmap and trim thresholds raised to
+32 MB and 1 GB in `bench/bench_main.cpp`): by default large freed blocks go back to the kernel
+at once, and every call that allocates them again pays a page fault a page, which on the
+virtual machine below costs over a microsecond and moves with the host's load. Every library
+runs with the same warm heap, as in a program that calls it in a loop.
+
 **Peers.** OpenCV contour functions take single-precision points (`cv::Point2f`); Clipper works
 on integers, so its input is scaled by 10^6. Boost's self-intersection test is `intersects` of
 the one ring: its `is_simple` does not serve, as on a ring (an areal geometry) it only looks for
@@ -645,40 +651,21 @@ and compared on thousands of fixed-seed inputs. Where a target is missed, it is 
 exact answer costs more than the peer's, or because the fast path that would meet it is not yet
 written:
 
-- **isSelfIntersecting.** Where the segment boxes crowd the grid's cells (dense radial spikes:
-  `star` at 16384 and beyond), a plane sweep shows in O(n log n) that no two segments sharing
-  no vertex come close enough for the tolerance-based crossing test to accept them: about
-  0.55 us a vertex, 10x GEOS isSimple and 11x Boost at 16384 (GEOS varies by a few per cent
-  between runs, so its ratio lands either side of 10), growth 10x from 16384 to 131072.
-  Smooth outlines keep the grid, whose pairs are listed cheaply and tested only when their
-  boxes overlap (about 45 ns a vertex at 16384: 0.9x GEOS, 0.6x Boost, whose tests carry no
-  tolerance and whose own sweeps are that fast; 10x there would mean under 5 ns a vertex, less
-  than filling our segment caches costs). The fine `blob` at 131072 (noise four times the
-  vertex spacing) lists 39 pairs a segment in the bounded grid, and about a quarter of its time
-  is the kernel handing over fresh pages for its caches: 11x to 13.6x its time at 16384
-  across runs (the two sizes are timed minutes apart, and the machine's load moves the ratio
-  more than anything left to change), against the 12x target. The self-intersecting variants are answered by a look at
-  the first thirty-second of the segments against their near neighbours before any cache is
-  built (a fold or a swapped pair near the start of the walk): about 1.1 ns a vertex, nearly
-  all of it the pass that bounds the contour for the crossing test's rounding margin, 10x to
-  180x the peers (10.3x Boost on `blob-x` at 16384, whose own test also stops at its first
-  crossing; 9.9x in one earlier run).
 - **regularize / outerHull against Clipper.** The walk asks one segment query per step. On
-  dense stars those queries now search bounds on runs of consecutive segments (thin rectangles
-  along each run, in a tree) instead of the crowded grid: `star-x` regularize at 16384 went from
-  80 ms to 10 ms, 18x Clipper's union and 300x GEOS MakeValid (met). On `blob-x` the grid is
-  not crowded and each step costs about 0.5 us: 3.5x Clipper, 20x GEOS (64x and 61x at 131072;
-  the median segment length, which sets the walk's probe, is now selected rather than sorted
-  out of every length, and line tests cost less, which took it from 10.5 ms to 8.4 ms).
-  The outer hull then splits the walked boundary into hundreds of loops and asks, for each
-  small loop, whether the large one holds it. Those containment queries search the runs too,
-  but a small loop's test point lies right beside the large loop, which it sees edge-on, and
-  needs hundreds of directions (below); since those are found through the runs and take an
-  angle only where their keys jump, `blob-x` went from 55 ms to 28 ms. Outer hull at 16384:
-  3.6x Clipper and 61x GEOS on `star-x`, 1.06x Clipper and 6x GEOS on `blob-x`. At 131072 the
-  fine `blob-x` splits into 48 000 loops; the hull no longer keeps an answer for every pair of
-  loops it asks (3.6 million, never asked twice) nor copies the loops as regions, which took it
-  from 1.07 s to 0.36 s: 10.6x Clipper and 10x GEOS there.
+  dense stars those queries search bounds on runs of consecutive segments (thin rectangles
+  along each run, in a tree) instead of the crowded grid: `star-x` regularize at 16384 takes
+  about 10 ms, 18x Clipper's union and 300x GEOS MakeValid (met). On `blob-x` a step from a
+  vertex along a segment whose box no other segment's box meets (all but the few segments
+  around each swapped pair) is now taken without a query, as the query could find nothing
+  there: 3.8 ms at 16384 (8.4 ms before), 7.8x Clipper and 43x GEOS, 105x and 101x at 131072.
+  What is left is the walk's queries near the crossings (a third of the time), building the
+  segment caches and index the walk needs (about a fifth), and the containment test of the
+  start edge, which builds the runs of segments once. The outer hull then splits the walked
+  boundary into hundreds of loops (at 131072, 48 000) and asks, for each small loop, whether a
+  larger one holds it. Those containment queries search the runs too, but a small loop's test
+  point lies right beside the large loop, which it sees edge-on, and needs hundreds of
+  directions (below). Outer hull at 16384: 4.1x Clipper and 70x GEOS on `star-x`, 1.5x
+  Clipper and 8.1x GEOS on `blob-x` (20 ms, of which the walk is 3.8).
 - **intersections with another contour** (no ratio asked, near-linear growth): each segment of
   the other contour is a query, on dense stars through the runs of segments, so the turned star
   at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
@@ -688,26 +675,25 @@ written:
   must stay within 4 units in the last place of that computation, which a one-pass shoelace sum
   as cv::moments does cannot promise (its rounding is different, and cancellation makes the
   difference grow with n). About 120 ns a vertex is the price of those values, 20x cv's. The
-  centre of mass, defined through the meeting of two medians per triangle, is now 2.0x to 2.4x
-  cv's time (8.4x before): a line's direction is scaled by one product with a power of two read
-  from its bits instead of frexp and ldexp, a meeting scales each direction once, and its
-  parallel test rejects clearly crossing medians without square roots. Those figures were
-  measured as a first call less the construction timed on its own, two runs that see the heap
-  in different states, so a single case landed near or above 3x in some runs (up to 3.2x);
-  construction is now kept out of the timed section instead. `area` alone, a cross-product
-  sum, meets the target too.
+  centre of mass, defined through the meeting of two medians per triangle, is now about 2.3x
+  cv's time (8.4x before): a line's direction is scaled by one product with a power of two
+  read from its bits instead of frexp and ldexp, a meeting scales each direction once, and its
+  parallel test rejects clearly crossing medians without square roots. With construction now
+  outside the timed section (it used to be timed separately and subtracted, which made single
+  cases swing up to 3.2x between runs), it measures 2.05x to 2.30x at every size. `area`
+  alone, a cross-product sum, meets the target too.
 - **inside.** Each query must aim its ray through the first wide gap of the sorted vertex
   directions and test the segments with the crossing tolerance. From 1024 vertices on a region
   finds the smallest directions best first through the runs of segments (a run's rectangle
   bounds its directions from below), in rounds of 16, 64 and 256 directions, and counts the
   ray's crossings through the runs too, so a query need not visit every vertex. Directions are
   ordered by a cheap key, and an angle (an atan2, about 50 ns here) is taken only where
-  neighbouring keys jump by nearly the gap's width. Met from 16384 on (0.94x and 0.53x
-  cv::pointPolygonTest's time on `blob`, 1.8x and 1.7x on the dense `star`, whose spikes
+  neighbouring keys jump by nearly the gap's width. Met from 16384 on (0.79x and 0.47x
+  cv::pointPolygonTest's time on `blob`, 1.4x and 1.3x on the dense `star`, whose spikes
   crowd the +x ray of most points, so the smallest directions are spread over hundreds of runs,
   and whose ray crosses dozens of spikes). Not met at 1024: `blob` 2.2x (4.2x before the key
   walk, the longer rounds that go on where the last stopped, and fewer allocations: 28 a query
-  then, 6 now), `star` 3.1x. The median query on the 1024 blob takes about 1.9 us (1.3x cv's
+  then, 6 now; 2.3x in this run), `star` 3.1x. The median query on the 1024 blob takes about 1.9 us (1.3x cv's
   1.5 us); the 3% of points beside the outline that see it edge-on still need hundreds of
   directions and make a fifth of the time. On the star the search through crowded runs costs
   about 3 us for a typical point, twice cv's whole test.
@@ -729,9 +715,10 @@ written:
   cell to a vector of vertex numbers (a tree node and a vector per occupied cell: about 50
   bytes a vertex on the star at the benchmark's tolerance). The fast paths add the box index
   over the segments (about 17 bytes a segment) and, where kept, the runs of segments (about 12
-  bytes a vertex). On the star at 16384 that retains 222 bytes a vertex; the peak adds the
-  self-intersection sweep's sorted lists (about 48). At 64 vertices the fixed parts of each
-  cache dominate. The region peak includes regularize's temporaries: the walked boundary and,
+  bytes a vertex). On the star at 16384 that retains 222 bytes a vertex and peaks at 228
+  (the self-intersection test, which used to sweep it with sorted lists worth about 48 bytes
+  a vertex, now answers in one pass about the mean of its vertices). At 64 vertices the fixed
+  parts of each cache dominate. The region peak includes regularize's temporaries: the walked boundary and,
   for the outer hull, one region (672 bytes and its caches) for every loop another loop's test
   point asks; the hull no longer keeps an answer per pair of loops asked, which took the
   `blob-x` peak at 131072 from 2227 to 777 bytes a vertex.

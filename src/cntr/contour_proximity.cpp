@@ -396,10 +396,10 @@ struct SegmentCaches {
 
 /// The crossings of the query with the candidate segments (numbers in increasing order), in
 /// their order along the query, and the number of the segment each lies on.
-std::vector<gkVector<2>> crossingsAmong(const SegmentQuery& query,
-                                        const std::vector<std::size_t>& candidates,
-                                        const SegmentCaches& caches, std::vector<int>& segIndices) {
-  std::vector<gkVector<2>> points;
+void crossingsAmong(const SegmentQuery& query, const std::vector<std::size_t>& candidates,
+                    const SegmentCaches& caches, std::vector<gkVector<2>>& points,
+                    std::vector<int>& segIndices) {
+  points.clear();
   std::vector<double> keys;
   const gkVector<2> along = query.seg().p2() - query.seg().p1();
   for (const std::size_t k : candidates) {
@@ -411,7 +411,6 @@ std::vector<gkVector<2>> crossingsAmong(const SegmentQuery& query,
     }
   }
   orderAlongSegment(keys, points, segIndices);
-  return points;
 }
 
 }  // namespace
@@ -546,16 +545,24 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg,
                                                   std::vector<int>& segIndices,
                                                   bool includeEnds) const {
   checkEmptyContour();
+  std::vector<gkVector<2>> points;
+  std::vector<std::size_t> candidates;
+  intersectionsInto(seg, includeEnds, encloseRect(gkXform<2>()), points, segIndices, candidates);
+  return points;
+}
+
+void gkContour::intersectionsInto(const gkLineSeg& seg, bool includeEnds, const gkRect& contourBox,
+                                  std::vector<gkVector<2>>& points, std::vector<int>& segIndices,
+                                  std::vector<std::size_t>& candidates) const {
+  points.clear();
   segIndices.clear();
-  const gkRect contourBox = encloseRect(gkXform<2>());
   const SegmentQuery query(seg, contourBox, includeEnds);
   if (!contourBox.overlaps(query.box())) {
-    return {};
+    return;
   }
-  std::vector<std::size_t> candidates;
   gatherCandidates(query, points_, isClosed(), contourBox, segmentIndex(), crowdedChains(),
                    candidates);
-  return crossingsAmong(query, candidates, {lineSegs_, lines_, segRects_, validLine_}, segIndices);
+  crossingsAmong(query, candidates, {lineSegs_, lines_, segRects_, validLine_}, points, segIndices);
 }
 
 std::size_t gkContour::crossingCount(const gkLineSeg& seg, bool includeEnds,
@@ -592,25 +599,17 @@ std::vector<gkVector<2>> gkContour::intersections(const gkLineSeg& seg, bool inc
 std::vector<gkVector<2>> gkContour::intersections(const gkContour& other) const {
   checkEmptyContour();
   // Each segment of other is queried with ends, in order, as intersections(seg, true) is.
-  const gk::detail::BoxIndex& segIndex = segmentIndex();
-  const gk::detail::ChainBounds* chains = crowdedChains();
   const gkRect contourBox = encloseRect(gkXform<2>());
   std::vector<gkVector<2>> result;
+  std::vector<gkVector<2>> found;
   std::vector<std::size_t> candidates;
   std::vector<int> segIndices;
-  gk::detail::forEachSegment(
-      other.points_, other.isClosed(),
-      [&](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
-        const SegmentQuery query(gkLineSeg(p, q), contourBox, true);
-        if (!contourBox.overlaps(query.box())) {
-          return;
-        }
-        gatherCandidates(query, points_, isClosed(), contourBox, segIndex, chains, candidates);
-        segIndices.clear();
-        const std::vector<gkVector<2>> found = crossingsAmong(
-            query, candidates, {lineSegs_, lines_, segRects_, validLine_}, segIndices);
-        result.insert(result.end(), found.begin(), found.end());
-      });
+  gk::detail::forEachSegment(other.points_, other.isClosed(),
+                             [&](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
+                               intersectionsInto(gkLineSeg(p, q), true, contourBox, found,
+                                                 segIndices, candidates);
+                               result.insert(result.end(), found.begin(), found.end());
+                             });
   return result;
 }
 

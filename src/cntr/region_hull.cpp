@@ -285,7 +285,11 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
   // finds no crossing: the query is skipped. Worked out once for every segment, it is worth
   // it when the walk takes most segments.
   const std::vector<bool> clear = segmentsClearOfOthers();
+  const gkRect box = encloseRect(gkXform<2>());
+  Points crossed;
+  std::vector<std::size_t> candidates;
   Points walked;
+  walked.reserve(n + n / 4);  // a step a vertex, and one more at each side of a crossing
   const gkVector<2> home = v[static_cast<std::size_t>(start)];
   gkVector<2> p = home;
   long cursor = start + 1;
@@ -306,9 +310,11 @@ void gkRegion::outerHullRegularize(gkRegion& result, bool hullOnly) const {
     // v[cursor - 1] or backward from v[cursor].
     const std::size_t along = wrapIndex(cursor, n);
     const bool fromItsEnd = p == (forward ? v[wrapIndex(cursor - 1, n)] : v[along]);
-    const Points crossed = fromItsEnd && clear[along]
-                               ? Points()
-                               : gkContour::intersections(gkLineSeg(p, target), segIndices, false);
+    if (fromItsEnd && clear[along]) {
+      crossed.clear();
+    } else {
+      intersectionsInto(gkLineSeg(p, target), false, box, crossed, segIndices, candidates);
+    }
     if (!crossed.empty()) {
       // Turn onto the crossed segment k (from v[k-1] to v[k]) and reverse: forward now heads
       // for v[k], backward for v[k-1].

@@ -254,6 +254,12 @@ class GK_EXPORT gkContour : public virtual gkPersistent, public virtual gkRepBas
   /// found on.
   std::vector<gkVector<2>> intersections(const gkLineSeg& seg, std::vector<int>& segIndices,
                                          bool includeEnds) const;
+  /// As intersections(seg, segIndices, includeEnds), into the caller's buffers, for a caller
+  /// that asks many queries of one contour: contourBox is this contour's identity box, points
+  /// and segIndices are replaced by the crossings and their segments, candidates is scratch.
+  void intersectionsInto(const gkLineSeg& seg, bool includeEnds, const gkRect& contourBox,
+                         std::vector<gkVector<2>>& points, std::vector<int>& segIndices,
+                         std::vector<std::size_t>& candidates) const;
 
   /// The upper median of the segment lengths over the walk (zero-length ones included). Throws
   /// EmptyContour below 2 vertices. Cached.

@@ -801,19 +801,25 @@ std::vector<bool> gkContour::segmentsClearOfOthers() const {
 double gkContour::medianFeatureSize() const {
   checkEmptyContour();
   if (!medianValid_) {
-    std::vector<double> lengths;
-    lengths.reserve(static_cast<std::size_t>(segmentCount()));
+    // A length is sqrt(dx * dx + dy * dy), as distance() computes it. The square root is
+    // correctly rounded, so it never reverses two sums: the sums sorted give the lengths
+    // sorted, and the length at the middle is the square root of the sum at the middle. The
+    // sums are selected and one root taken, instead of a root per segment.
+    std::vector<double> squares;
+    squares.reserve(static_cast<std::size_t>(segmentCount()));
     gk::detail::forEachSegment(points_, isClosed(),
-                               [&lengths](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
-                                 lengths.push_back(p.distance(q));
+                               [&squares](std::size_t, const gkVector<2>& p, const gkVector<2>& q) {
+                                 const double dx = p.x() - q.x();
+                                 const double dy = p.y() - q.y();
+                                 squares.push_back(dx * dx + dy * dy);
                                });
-    // The element at the middle of the sorted lengths, found by selection: the same value as a
-    // full sort puts there. NaN lengths would break a plain < order; the NaN-aware order puts
-    // them last, so the median is defined whatever the vertices hold.
-    const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
-    std::nth_element(lengths.begin(), middle, lengths.end(),
+    // The element at the middle of the sorted sums, found by selection: the same value as a
+    // full sort puts there. NaN sums would break a plain < order; the NaN-aware order puts them
+    // last (as their lengths are NaN), so the median is defined whatever the vertices hold.
+    const auto middle = squares.begin() + static_cast<std::ptrdiff_t>(squares.size() / 2);
+    std::nth_element(squares.begin(), middle, squares.end(),
                      [](double a, double b) { return gk::detail::lessNaNLast(a, b); });
-    medianFeatureSize_ = *middle;
+    medianFeatureSize_ = std::sqrt(*middle);
     medianValid_ = true;
   }
   return medianFeatureSize_;

@@ -1045,6 +1045,47 @@ TEST(ContourMedianFeatureSize, MatchesTheMiddleOfTheFullySortedLengths) {
   }
 }
 
+TEST(ContourMedianFeatureSize, MatchesTheFullSortOnRealCoordinatesAtEveryScale) {
+  // Real coordinates, at scales where squares underflow (1e-160) or overflow (1e160), with
+  // near-equal lengths (points on a circle) and infinities: the middle of the sorted lengths.
+  std::mt19937_64 rng(52);
+  std::uniform_real_distribution<double> u(-1.0, 1.0);
+  for (int shape = 0; shape < 3000; ++shape) {
+    const double scale = std::pow(10.0, (shape % 7) * 53.0 - 160.0);
+    Points v;
+    const int n = 2 + shape % 41;
+    for (int k = 0; k < n; ++k) {
+      if (shape % 3 == 0) {
+        const double a = 6.283185307179586 * k / n + 1e-9 * u(rng);
+        v.emplace_back(scale * std::cos(a), scale * std::sin(a));
+      } else {
+        v.emplace_back(scale * u(rng), scale * u(rng));
+      }
+    }
+    if (shape % 11 == 0) {
+      v[static_cast<std::size_t>(shape) % v.size()] =
+          gkVector<2>(std::numeric_limits<double>::infinity(), 1.0);
+    }
+    const bool closed = shape % 2 == 0;
+    std::vector<double> lengths;
+    const std::size_t segments = closed ? v.size() : v.size() - 1;
+    for (std::size_t k = 0; k < segments; ++k) {
+      const gkVector<2>& p = closed ? v[k == 0 ? v.size() - 1 : k - 1] : v[k];
+      const gkVector<2>& q = closed ? v[k] : v[k + 1];
+      lengths.push_back(p.distance(q));
+    }
+    std::sort(lengths.begin(), lengths.end(),
+              [](double a, double b) { return !std::isnan(a) && (std::isnan(b) || a < b); });
+    const double expected = lengths[lengths.size() / 2];
+    const double median = ProbeContour(v, closed, 0).medianFeatureSize();
+    if (std::isnan(expected)) {
+      EXPECT_TRUE(std::isnan(median)) << shape;
+    } else {
+      EXPECT_EQ(median, expected) << shape;
+    }
+  }
+}
+
 // --- the indexed segment queries against the plain full scans ------------------------------
 
 namespace {

@@ -654,18 +654,21 @@ written:
 - **regularize / outerHull against Clipper.** The walk asks one segment query per step. On
   dense stars those queries search bounds on runs of consecutive segments (thin rectangles
   along each run, in a tree) instead of the crowded grid: `star-x` regularize at 16384 takes
-  about 10 ms, 18x Clipper's union and 300x GEOS MakeValid (met). On `blob-x` a step from a
-  vertex along a segment whose box no other segment's box meets (all but the few segments
-  around each swapped pair) is now taken without a query, as the query could find nothing
-  there: 3.8 ms at 16384 (8.4 ms before), 7.8x Clipper and 43x GEOS, 105x and 101x at 131072.
-  What is left is the walk's queries near the crossings (a third of the time), building the
-  segment caches and index the walk needs (about a fifth), and the containment test of the
-  start edge, which builds the runs of segments once. The outer hull then splits the walked
-  boundary into hundreds of loops (at 131072, 48 000) and asks, for each small loop, whether a
-  larger one holds it. Those containment queries search the runs too, but a small loop's test
-  point lies right beside the large loop, which it sees edge-on, and needs hundreds of
-  directions (below). Outer hull at 16384: 4.1x Clipper and 70x GEOS on `star-x`, 1.5x
-  Clipper and 8.1x GEOS on `blob-x` (20 ms, of which the walk is 3.8).
+  about 8 ms, 23x Clipper's union and 380x GEOS MakeValid (met). On `blob-x` a step from a
+  vertex along a segment whose box no other segment's box meets (all but the 18% of segments
+  around the swapped pairs) is taken without a query, as the query could find nothing there,
+  and the other queries reuse their buffers: 3.3 ms at 16384 (8.4 ms before), 9.1x Clipper
+  and 50x GEOS; 114x and 108x at 131072. What is left, by profile: the queries near the
+  crossings (about a third), the runs of segments built for the one containment test that
+  picks the start edge, and that test (about a fifth: every level of the run tree is a pass
+  over the vertices, and the test point, a hair beside the boundary, sees it edge-on), the
+  segment caches and index the queries need (about a fifth), and marking the clear segments
+  (a tenth). The outer hull then splits the walked boundary into hundreds of loops (at 131072,
+  48 000) and asks, for each small loop, whether a larger one holds it: containment tests
+  from points right beside the larger loop, whose rays graze many of its segments, are about
+  40% of its time. Outer hull at 16384: 4.1x Clipper and 68x GEOS on `star-x`, 1.5x Clipper
+  and 8.4x GEOS on `blob-x` (20 ms, of which the walk is 3.3); at 131072 on `blob-x`, 12x
+  Clipper and 11x GEOS.
 - **intersections with another contour** (no ratio asked, near-linear growth): each segment of
   the other contour is a query, on dense stars through the runs of segments, so the turned star
   at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
@@ -693,7 +696,7 @@ written:
   crowd the +x ray of most points, so the smallest directions are spread over hundreds of runs,
   and whose ray crosses dozens of spikes). Not met at 1024: `blob` 2.2x (4.2x before the key
   walk, the longer rounds that go on where the last stopped, and fewer allocations: 28 a query
-  then, 6 now; 2.3x in this run), `star` 3.1x. The median query on the 1024 blob takes about 1.9 us (1.3x cv's
+  then, 6 now; 2.3x in this run), `star` 3.2x. The median query on the 1024 blob takes about 1.9 us (1.3x cv's
   1.5 us); the 3% of points beside the outline that see it edge-on still need hundreds of
   directions and make a fifth of the time. On the star the search through crowded runs costs
   about 3 us for a typical point, twice cv's whole test.

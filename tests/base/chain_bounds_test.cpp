@@ -481,6 +481,40 @@ TEST(ChainBounds, ListsFewSegmentsForQueriesFromATurnedCopyOfADenseStar) {
   EXPECT_GT(mean, 0.0);  // the turned copy crosses the star: its segments do come near
 }
 
+TEST(ChainBounds, ListsFewSegmentsForLongRaysLeavingASmoothOutlineSlantwise) {
+  // Rays as containment tests aim them: from a hair beside a fine outline, 500 long, leaving
+  // it at a slant. Their extent along both axes of most runs' rectangles is large, so only
+  // the rays' own lines tell the runs they pass far from; the few segments near the start are
+  // all that may be listed, and every one within reach is.
+  std::mt19937_64 rng(23);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  const Points points = gk::test::blobOutline(16384, 0.01, [&] { return u(rng); });
+  const std::size_t n = points.size();
+  const Checker checker(points, true);
+  const ChainBounds& bounds = checker.bounds();
+  Segments out;
+  Tally tally;
+  std::size_t listed = 0;
+  const int rays = 200;
+  for (int i = 0; i < rays; ++i) {
+    const std::size_t k = rng() % n;
+    const gkVector<2>& a = points[k];
+    const gkVector<2>& b = points[(k + 1) % n];
+    const gkVector<2> mid = (a + b) / 2.0;
+    const gkVector<2> along = (b - a).unit();
+    const gkVector<2> outward(along.y(), -along.x());  // the blob runs counter-clockwise
+    const double slant = 0.3 + 1.0 * u(rng);           // radians off the outward normal
+    const gkVector<2> dir = outward * std::cos(slant) + along * std::sin(slant);
+    const gkVector<2> start = mid + outward * 1e-4;
+    bounds.candidates(start, start + dir * 500.0, kReach, out);
+    listed += out.size();
+    if (i < 20) {
+      EXPECT_TRUE(checker.keepsPromise(start, start + dir * 500.0, kReach, tally)) << "ray " << i;
+    }
+  }
+  EXPECT_LT(static_cast<double>(listed) / rays, 40.0);
+}
+
 TEST(ChainBounds, ListsNoSegmentForAQueryFarOutsideOrInTheMiddleOfADenseStar) {
   std::mt19937_64 rng(22);
   const ChainBounds bounds(star(16384, rng), true);

@@ -168,6 +168,25 @@ void ChainBounds::candidates(const gkVector<2>& p, const gkVector<2>& q, double 
   const double m =
       std::max({magnitude_, std::abs(p.x()), std::abs(p.y()), std::abs(q.x()), std::abs(q.y())});
   const double limit = (reach + 8.0 * kEpsilon * m) * 1.001 + 1e-300;
+  // The two axes of a run's rectangle do not separate it from a long query that passes it
+  // slantwise (a containment ray leaving the outline, whose own extent along both axes is
+  // large): the query's line does. A rectangle whose four corners all lie farther than the
+  // reach on one side of that line holds no vertex, and so no segment, within reach of the
+  // query. The corners are taken in the rectangle's frame: with n the query's unit normal,
+  // n . v is (n . axis) a + (n . perpendicular) b. The axis and the normal are of unit length
+  // within a few units of rounding, the projections are off by a few units of rounding of
+  // the largest coordinate, and the offset of the line by as much: 64 units of the largest
+  // coordinate cover them all several times, and the factor 1.01 the reach's own share.
+  const double qx = q.x() - p.x();
+  const double qy = q.y() - p.y();
+  const double span = std::sqrt(qx * qx + qy * qy);
+  // Off for a point query, and for one so short that its squares lose digits below the normal
+  // range (its normal would not be of unit length).
+  const bool slantTest = span >= 1e-150;
+  const double nx = slantTest ? -qy / span : 0.0;
+  const double ny = slantTest ? qx / span : 0.0;
+  const double offset = nx * p.x() + ny * p.y();
+  const double lineLimit = (reach + 64.0 * kEpsilon * m) * 1.01 + 1e-300;
   // A depth-first walk holds at most one pending sibling per level besides the node at hand,
   // so a stack of twice the levels never fills; it lives on the call stack, as a query is too
   // short for an allocation to pay.
@@ -186,6 +205,17 @@ void ChainBounds::candidates(const gkVector<2>& p, const gkVector<2>& q, double 
     const double qb = node.ax * q.y() - node.ay * q.x();
     if (std::min(pb, qb) > node.b1 + limit || std::max(pb, qb) < node.b0 - limit) {
       continue;
+    }
+    if (slantTest) {
+      const double na = nx * node.ax + ny * node.ay;
+      const double nb = ny * node.ax - nx * node.ay;
+      const double low =
+          std::min(na * node.a0, na * node.a1) + std::min(nb * node.b0, nb * node.b1);
+      const double high =
+          std::max(na * node.a0, na * node.a1) + std::max(nb * node.b0, nb * node.b1);
+      if (low > offset + lineLimit || high < offset - lineLimit) {
+        continue;
+      }
     }
     if (level == 0) {
       const std::size_t s0 = j * kLeafSegments;

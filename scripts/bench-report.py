@@ -651,24 +651,28 @@ and compared on thousands of fixed-seed inputs. Where a target is missed, it is 
 exact answer costs more than the peer's, or because the fast path that would meet it is not yet
 written:
 
+- **A close margin: isSelfIntersecting on `blob` against Boost** (met in this run). A
+  star-shaped outline is answered by one pass about the mean of 64 of its vertices (every
+  segment turning the same way around it, the clearance bounded by the wedges' sines and the
+  segments' distances): about 2.5 ns a vertex, 42 to 46 us at 16384, 10.2x to 11.7x Boost's
+  test and 15x to 17x GEOS across runs; one full run under load measured 53 us (8.9x) while
+  the peers' times barely moved. The other cases of both self-intersection targets have
+  wide margins (the dense star about 900x).
 - **regularize / outerHull against Clipper.** The walk asks one segment query per step. On
   dense stars those queries search bounds on runs of consecutive segments (thin rectangles
   along each run, in a tree) instead of the crowded grid: `star-x` regularize at 16384 takes
-  about 8 ms, 23x Clipper's union and 380x GEOS MakeValid (met). On `blob-x` a step from a
-  vertex along a segment whose box no other segment's box meets (all but the 18% of segments
-  around the swapped pairs) is taken without a query, as the query could find nothing there,
-  and the other queries reuse their buffers: 3.3 ms at 16384 (8.4 ms before), 9.1x Clipper
-  and 50x GEOS; 114x and 108x at 131072. What is left, by profile: the queries near the
-  crossings (about a third), the runs of segments built for the one containment test that
-  picks the start edge, and that test (about a fifth: every level of the run tree is a pass
-  over the vertices, and the test point, a hair beside the boundary, sees it edge-on), the
-  segment caches and index the queries need (about a fifth), and marking the clear segments
-  (a tenth). The outer hull then splits the walked boundary into hundreds of loops (at 131072,
-  48 000) and asks, for each small loop, whether a larger one holds it: containment tests
-  from points right beside the larger loop, whose rays graze many of its segments, are about
-  40% of its time. Outer hull at 16384: 4.1x Clipper and 68x GEOS on `star-x`, 1.5x Clipper
-  and 8.4x GEOS on `blob-x` (20 ms, of which the walk is 3.3); at 131072 on `blob-x`, 12x
-  Clipper and 11x GEOS.
+  about 8 ms, over 20x Clipper's union and over 350x GEOS MakeValid (met). On `blob-x` a step
+  from a vertex along a segment whose box no other segment's box meets (all but the 18% of
+  segments around the swapped pairs) is taken without a query, as the query could find
+  nothing there, the other queries reuse their buffers, and the containment tests that pick
+  the start edge no longer test thousands of segments a ray (the runs are now also judged
+  against the ray's own line): about 3 ms at 16384 (8.4 ms before), 10x Clipper and 55x
+  GEOS (met); over 100x both at 131072. The outer hull then splits the walked boundary into
+  hundreds of loops (at 131072, 48 000) and asks, for each small loop, whether a larger one
+  holds it, each a containment test from a point right beside the larger loop, which needs
+  hundreds of directions (below): about 14 ms at 16384, 2x Clipper and 11x to 12x GEOS on `blob-x`
+  (GEOS met), 4.7x to 5.2x Clipper and 85x GEOS on `star-x`; at 131072 on `blob-x`, 12x Clipper and
+  11x GEOS.
 - **intersections with another contour** (no ratio asked, near-linear growth): each segment of
   the other contour is a query, on dense stars through the runs of segments, so the turned star
   at 131072 went from 6.7 s to 71 ms (8.9x its time at 16384 for 8x the vertices).
@@ -694,12 +698,14 @@ written:
   neighbouring keys jump by nearly the gap's width. Met from 16384 on (0.79x and 0.47x
   cv::pointPolygonTest's time on `blob`, 1.4x and 1.3x on the dense `star`, whose spikes
   crowd the +x ray of most points, so the smallest directions are spread over hundreds of runs,
-  and whose ray crosses dozens of spikes). Not met at 1024: `blob` 2.2x (4.2x before the key
-  walk, the longer rounds that go on where the last stopped, and fewer allocations: 28 a query
-  then, 6 now; 2.3x in this run), `star` 3.2x. The median query on the 1024 blob takes about 1.9 us (1.3x cv's
-  1.5 us); the 3% of points beside the outline that see it edge-on still need hundreds of
-  directions and make a fifth of the time. On the star the search through crowded runs costs
-  about 3 us for a typical point, twice cv's whole test.
+  and whose ray crosses dozens of spikes). At 1024 the `blob` now meets it, 1.8x to 2.0x
+  across runs (4.2x before the key walk, the longer rounds that go on where the last stopped,
+  fewer allocations, 28 a query then and 6 now, and the runs judged against the ray's own
+  line, which took the crossing count of a ray from thousands of candidate segments to a few
+  dozen; the 3% of points beside the outline that see it edge-on still need hundreds of
+  directions and make a fifth of the time). Not met: the `star` at 1024, 2.8x to 2.9x, where
+  the search through crowded runs costs about 3 us for a typical point, twice cv's whole
+  test.
 - **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
   16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
   points a plain sort is used.

@@ -1009,6 +1009,31 @@ TEST(ContourMedianFeatureSize, ThrowsEmptyContourBelowTwoVertices) {
   }
 }
 
+namespace {
+
+/// The plain median: every segment length of the walk, fully sorted in the NaN-last order, the
+/// one at the middle.
+void expectMedianOfSortedLengths(const Points& v, bool closed, int shape) {
+  std::vector<double> lengths;
+  const std::size_t segments = closed ? v.size() : v.size() - 1;
+  for (std::size_t k = 0; k < segments; ++k) {
+    const gkVector<2>& p = closed ? v[k == 0 ? v.size() - 1 : k - 1] : v[k];
+    const gkVector<2>& q = closed ? v[k] : v[k + 1];
+    lengths.push_back(p.distance(q));
+  }
+  std::sort(lengths.begin(), lengths.end(),
+            [](double a, double b) { return !std::isnan(a) && (std::isnan(b) || a < b); });
+  const double expected = lengths[lengths.size() / 2];
+  const double median = ProbeContour(v, closed, 0).medianFeatureSize();
+  if (std::isnan(expected)) {
+    EXPECT_TRUE(std::isnan(median)) << shape;
+  } else {
+    EXPECT_EQ(median, expected) << shape;
+  }
+}
+
+}  // namespace
+
 TEST(ContourMedianFeatureSize, MatchesTheMiddleOfTheFullySortedLengths) {
   // Random walks with repeated vertices, equal lengths and now and then a NaN coordinate: the
   // selected middle length is the one the full sort in the NaN-last order puts there.
@@ -1025,23 +1050,7 @@ TEST(ContourMedianFeatureSize, MatchesTheMiddleOfTheFullySortedLengths) {
       v[static_cast<std::size_t>(shape) % v.size()] =
           gkVector<2>(std::numeric_limits<double>::quiet_NaN(), 1.0);
     }
-    const bool closed = shape % 2 == 0;
-    std::vector<double> lengths;
-    const std::size_t segments = closed ? v.size() : v.size() - 1;
-    for (std::size_t k = 0; k < segments; ++k) {
-      const gkVector<2>& p = closed ? v[k == 0 ? v.size() - 1 : k - 1] : v[k];
-      const gkVector<2>& q = closed ? v[k] : v[k + 1];
-      lengths.push_back(p.distance(q));
-    }
-    std::sort(lengths.begin(), lengths.end(),
-              [](double a, double b) { return !std::isnan(a) && (std::isnan(b) || a < b); });
-    const double expected = lengths[lengths.size() / 2];
-    const double median = ProbeContour(v, closed, 0).medianFeatureSize();
-    if (std::isnan(expected)) {
-      EXPECT_TRUE(std::isnan(median)) << shape;
-    } else {
-      EXPECT_EQ(median, expected) << shape;
-    }
+    expectMedianOfSortedLengths(v, shape % 2 == 0, shape);
   }
 }
 
@@ -1066,23 +1075,7 @@ TEST(ContourMedianFeatureSize, MatchesTheFullSortOnRealCoordinatesAtEveryScale) 
       v[static_cast<std::size_t>(shape) % v.size()] =
           gkVector<2>(std::numeric_limits<double>::infinity(), 1.0);
     }
-    const bool closed = shape % 2 == 0;
-    std::vector<double> lengths;
-    const std::size_t segments = closed ? v.size() : v.size() - 1;
-    for (std::size_t k = 0; k < segments; ++k) {
-      const gkVector<2>& p = closed ? v[k == 0 ? v.size() - 1 : k - 1] : v[k];
-      const gkVector<2>& q = closed ? v[k] : v[k + 1];
-      lengths.push_back(p.distance(q));
-    }
-    std::sort(lengths.begin(), lengths.end(),
-              [](double a, double b) { return !std::isnan(a) && (std::isnan(b) || a < b); });
-    const double expected = lengths[lengths.size() / 2];
-    const double median = ProbeContour(v, closed, 0).medianFeatureSize();
-    if (std::isnan(expected)) {
-      EXPECT_TRUE(std::isnan(median)) << shape;
-    } else {
-      EXPECT_EQ(median, expected) << shape;
-    }
+    expectMedianOfSortedLengths(v, shape % 2 == 0, shape);
   }
 }
 

@@ -6,6 +6,7 @@
 // Containment runs on one region built before the loop, its caches filled by a first query.
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gk/gk.h>
@@ -36,30 +37,23 @@ void registerConstruction(Family f, int n) {
 
 void registerRepair(Family f, int n) {
   const std::string fam = familyName(f);
-  add("regularize", "gkgeom", fam, n, [f, n](benchmark::State& state) {
-    const Points& pts = cachedShape(f, n);
-    gkRegion result;
-    timeFirstCalls<gkRegion>(
-        state, n,
-        [&result](const gkRegion& r) {
-          r.regularize(result);
-          benchmark::DoNotOptimize(&result);
-        },
-        pts, gkContourDefs::eIgnore);
-    state.counters["outVertices"] = static_cast<double>(result.points().size());
-  });
-  add("outerHull", "gkgeom", fam, n, [f, n](benchmark::State& state) {
-    const Points& pts = cachedShape(f, n);
-    gkRegion result;
-    timeFirstCalls<gkRegion>(
-        state, n,
-        [&result](const gkRegion& r) {
-          r.outerHull(result);
-          benchmark::DoNotOptimize(&result);
-        },
-        pts, gkContourDefs::eIgnore);
-    state.counters["outVertices"] = static_cast<double>(result.points().size());
-  });
+  // regularize and outerHull, timed alike: the same walk, the outer hull going on to its loops.
+  using Walk = void (gkRegion::*)(gkRegion&) const;
+  for (const auto& [op, walk] : {std::pair<const char*, Walk>("regularize", &gkRegion::regularize),
+                                 std::pair<const char*, Walk>("outerHull", &gkRegion::outerHull)}) {
+    add(op, "gkgeom", fam, n, [f, n, walk = walk](benchmark::State& state) {
+      const Points& pts = cachedShape(f, n);
+      gkRegion result;
+      timeFirstCalls<gkRegion>(
+          state, n,
+          [&result, walk](const gkRegion& r) {
+            (r.*walk)(result);
+            benchmark::DoNotOptimize(&result);
+          },
+          pts, gkContourDefs::eIgnore);
+      state.counters["outVertices"] = static_cast<double>(result.points().size());
+    });
+  }
   // Each peer's repair of a self-intersecting polygon, registered once under regularize; the
   // report takes them as the peers of outerHull too. GEOS MakeValid, Clipper's union of the one
   // polygon under the non-zero rule, and Clipper's SimplifyPolygon (that union made strictly

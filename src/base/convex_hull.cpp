@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/detail/orientation.h"
+
 namespace {
 
 bool lexLess(const gkVector<2>& a, const gkVector<2>& b) {
@@ -74,49 +76,204 @@ void sortLexicographic(std::vector<gkVector<2>>& p) {
   p.swap(sorted);
 }
 
-/// > 0 when o -> a -> b turns left (counter-clockwise).
-double turn(const gkVector<2>& o, const gkVector<2>& a, const gkVector<2>& b) {
-  return (a - o).cross(b - o);
+/// Andrew's monotone chain over points sorted by lexLess without repeats: the lower hull left
+/// to right, then the upper hull right to left. A point that does not make a strict left turn
+/// is popped, collinear ones included, so only strict corners stay. The turns are exact, so
+/// the result is the set of strict corners of the points' hull whatever else the points hold.
+void monotoneChain(const std::vector<gkVector<2>>& p, std::vector<gkVector<2>>& h) {
+  const auto turnsLeft = [](const gkVector<2>& o, const gkVector<2>& a, const gkVector<2>& b) {
+    return gk::detail::orientation(o, a, b) > 0;
+  };
+  if (p.size() < 3) {
+    h = p;
+    return;
+  }
+  h.resize(2 * p.size());
+  std::size_t k = 0;
+  for (const gkVector<2>& v : p) {
+    while (k >= 2 && !turnsLeft(h[k - 2], h[k - 1], v)) {
+      --k;
+    }
+    h[k++] = v;
+  }
+  const std::size_t lowerEnd = k + 1;
+  for (std::size_t i = p.size() - 1; i-- > 0;) {
+    while (k >= lowerEnd && !turnsLeft(h[k - 2], h[k - 1], p[i])) {
+      --k;
+    }
+    h[k++] = p[i];
+  }
+  // The last point repeats the first; all points on one line leave the two extremes.
+  h.resize(k - 1);
+}
+
+bool isFinite(const gkVector<2>& v) {
+  return std::isfinite(v.x()) && std::isfinite(v.y());
+}
+
+/// Below this many points the sample and the filter save less than they cost.
+constexpr std::size_t kFilterMinimum = 48;
+
+/// Certifies points strictly inside a convex polygon whose corners are input points: such a
+/// point is strictly inside the hull of the input, so no corner of it, and need not be sorted.
+///
+/// The polygon's x range is cut into slabs of equal width, and each slab holds a rectangle
+/// strictly inside the polygon: its sides are the slab's, widened by `margin` for the rounding
+/// of a point's slab number, and its height is where the polygon is above its lower chain and
+/// below its upper chain across the whole widened slab. The lower chain is convex and the
+/// upper one concave, so those extremes are at the slab's ends; they are interpolated there and
+/// pulled in by far more than the interpolation's rounding (2^-40 of the largest |y| against a
+/// few units of 2^-52). A point is then certified by two comparisons in its slab's rectangle,
+/// with no division. Slabs whose widened sides reach the polygon's leftmost or rightmost x have
+/// an empty rectangle.
+class SlabFilter {
+ public:
+  /// `polygon`: strict corners, counter-clockwise from the smallest (x, y), at least three, as
+  /// monotoneChain returns them (the lower chain left to right, then the upper one back).
+  SlabFilter(const std::vector<gkVector<2>>& polygon, std::size_t slabs) {
+    const std::size_t h = polygon.size();
+    std::size_t right = 0;
+    for (std::size_t i = 1; i < h; ++i) {
+      if (lexLess(polygon[right], polygon[i])) {
+        right = i;
+      }
+    }
+    left_ = polygon[0].x();
+    const double rightX = polygon[right].x();
+    const double width = rightX - left_;
+    double tallest = 0.0;
+    for (const gkVector<2>& q : polygon) {
+      tallest = std::max(tallest, std::fabs(q.y()));
+    }
+    // The absolute terms cover roundings into the subnormal range; an overflow gives
+    // infinities or NaN, which certify nothing.
+    const double slack = 0x1p-40 * tallest + 0x1p-1000;
+    const double margin =
+        0x1p-30 * width + 0x1p-40 * std::max(std::fabs(left_), std::fabs(rightX)) + 0x1p-1000;
+    scale_ = static_cast<double>(slabs) / width;
+    const double slabWidth = width / static_cast<double>(slabs);
+    low_.assign(slabs, 0.0);
+    high_.assign(slabs, 0.0);
+    // Walk both chains left to right with the slabs: the lower chain is polygon[0 … right],
+    // the upper one polygon[right … h] (h being polygon[0] again) read backwards.
+    const auto at = [&](std::size_t i) -> const gkVector<2>& { return polygon[i % h]; };
+    std::size_t lower = 0;
+    std::size_t upper = h;
+    const auto interpolate = [](const gkVector<2>& a, const gkVector<2>& b, double x) {
+      return a.y() + (b.y() - a.y()) * ((x - a.x()) / (b.x() - a.x()));
+    };
+    const auto lowerAt = [&](double x) {
+      while (at(lower + 1).x() < x) {
+        ++lower;
+      }
+      return interpolate(at(lower), at(lower + 1), x);
+    };
+    const auto upperAt = [&](double x) {
+      while (at(upper - 1).x() < x) {
+        --upper;
+      }
+      return interpolate(at(upper), at(upper - 1), x);
+    };
+    for (std::size_t b = 0; b < slabs; ++b) {
+      const double from = left_ + static_cast<double>(b) * slabWidth - margin;
+      const double to = left_ + static_cast<double>(b + 1) * slabWidth + margin;
+      if (!(from > left_ && to < rightX)) {
+        // Nothing certified: no y is above this and below that.
+        low_[b] = 1.0;
+        high_[b] = -1.0;
+        continue;
+      }
+      // Both chains are walked forward only, and `from` of the next slab may be below `to`
+      // of this one: evaluate both ends before moving on.
+      const std::size_t lowerStart = lower;
+      const std::size_t upperStart = upper;
+      const double lowFrom = lowerAt(from);
+      const double highFrom = upperAt(from);
+      const std::size_t lowerMid = lower;
+      const std::size_t upperMid = upper;
+      low_[b] = std::max(lowFrom, lowerAt(to)) + slack;
+      high_[b] = std::min(highFrom, upperAt(to)) - slack;
+      lower = std::max(lowerStart, lowerMid);
+      upper = std::min(upperStart, upperMid);
+    }
+  }
+
+  /// True when the point is certainly strictly inside the polygon; false for NaN.
+  bool certainlyInside(const gkVector<2>& v) const {
+    const double f = (v.x() - left_) * scale_;
+    if (!(f >= 0.0 && f < static_cast<double>(low_.size()))) {
+      return false;
+    }
+    const std::size_t b = static_cast<std::size_t>(f);
+    return (v.y() > low_[b]) & (v.y() < high_[b]);
+  }
+
+ private:
+  double left_ = 0.0;
+  double scale_ = 0.0;
+  /// Per slab, the certified open interval of y: empty when low_ >= high_.
+  std::vector<double> low_;
+  std::vector<double> high_;
+};
+
+/// The points that may be corners of the hull: every finite point, in input order, except
+/// points certified strictly inside the hull of a sample.
+///
+/// From kFilterMinimum points on, every s-th point (about 2 sqrt(n) of them) is taken, their
+/// own hull is the polygon, and a SlabFilter over it drops the points it certifies. On outlines
+/// and clouds alike that leaves a thin rim. The sample decides only how much is dropped, never
+/// what the hull is.
+void hullCandidates(const std::vector<gkVector<2>>& points, std::vector<gkVector<2>>& kept) {
+  kept.clear();
+  const std::size_t n = points.size();
+  const auto keepEveryFinite = [&] {
+    for (const gkVector<2>& v : points) {
+      if (isFinite(v)) {
+        kept.push_back(v);
+      }
+    }
+  };
+  if (n < kFilterMinimum) {
+    keepEveryFinite();
+    return;
+  }
+  const std::size_t wanted = 2 * static_cast<std::size_t>(std::sqrt(static_cast<double>(n)));
+  const std::size_t step = std::max<std::size_t>(2, n / wanted);
+  std::vector<gkVector<2>> sample;
+  sample.reserve(n / step + 1);
+  for (std::size_t i = 0; i < n; i += step) {
+    if (isFinite(points[i])) {
+      sample.push_back(points[i]);
+    }
+  }
+  std::sort(sample.begin(), sample.end(), lexLess);
+  sample.erase(std::unique(sample.begin(), sample.end()), sample.end());
+  std::vector<gkVector<2>> polygon;
+  monotoneChain(sample, polygon);
+  if (polygon.size() < 3) {
+    keepEveryFinite();
+    return;
+  }
+  const SlabFilter filter(polygon, std::clamp<std::size_t>(n / 8, 8, 4096));
+  // Every point is written after the kept ones and counted only if it stays: no branch on
+  // the filter's unpredictable answer.
+  kept.resize(n);
+  std::size_t count = 0;
+  for (const gkVector<2>& v : points) {
+    kept[count] = v;
+    count += static_cast<std::size_t>(!filter.certainlyInside(v) & isFinite(v));
+  }
+  kept.resize(count);
 }
 
 }  // namespace
 
 void gwConvexHull(const std::vector<gkVector<2>>& points, std::vector<gkVector<2>>& hull) {
   std::vector<gkVector<2>> p;
-  p.reserve(points.size());
-  for (const gkVector<2>& v : points) {
-    // Non-finite points have no place in the order (NaN would break the sort outright).
-    if (std::isfinite(v.x()) && std::isfinite(v.y())) {
-      p.push_back(v);
-    }
-  }
+  hullCandidates(points, p);
   sortLexicographic(p);
   p.erase(std::unique(p.begin(), p.end()), p.end());
-
   std::vector<gkVector<2>> h;
-  if (p.size() < 3) {
-    h = p;
-  } else {
-    // Andrew's monotone chain: the lower hull left to right, then the upper hull right to
-    // left. `<= 0` pops collinear points as well as right turns, so only strict corners stay.
-    h.resize(2 * p.size());
-    std::size_t k = 0;
-    for (const gkVector<2>& v : p) {
-      while (k >= 2 && turn(h[k - 2], h[k - 1], v) <= 0.0) {
-        --k;
-      }
-      h[k++] = v;
-    }
-    const std::size_t lowerEnd = k + 1;
-    for (std::size_t i = p.size() - 1; i-- > 0;) {
-      while (k >= lowerEnd && turn(h[k - 2], h[k - 1], p[i]) <= 0.0) {
-        --k;
-      }
-      h[k++] = p[i];
-    }
-    // The last point repeats the first.
-    h.resize(k - 1);
-    // All points on one line leave the two extremes.
-  }
+  monotoneChain(p, h);
   hull.swap(h);
 }

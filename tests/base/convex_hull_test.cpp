@@ -10,6 +10,8 @@
 #include <gk/base/convex_hull.h>
 #include <gk/base/vector.h>
 
+#include "base/detail/orientation.h"
+
 namespace {
 
 using V = gkVector<2>;
@@ -35,7 +37,8 @@ double signedArea(const Points& polygon) {
 /// Jarvis' gift wrapping, written for clarity rather than speed, as an independent reference.
 /// From the current corner, the next corner is the point with no other point to its right;
 /// among points on that supporting line the farthest, so that edge points are skipped.
-/// It starts from the smallest (x, y) point, which is always a strict corner.
+/// It starts from the smallest (x, y) point, which is always a strict corner. Its turns are
+/// the integer sums, independent of the expansions the library's own turns mostly use.
 Points referenceHull(const Points& input) {
   Points pts;
   for (const V& p : input) {
@@ -63,10 +66,10 @@ Points referenceHull(const Points& input) {
       if (r == cur) {
         continue;
       }
-      const double c = (next - cur).cross(r - cur);
+      const int c = gk::detail::orientationByIntegers(cur, next, r);
       const V dr = r - cur;
       const V dn = next - cur;
-      if (c < 0.0 || (c == 0.0 && dr.dot(dr) > dn.dot(dn))) {
+      if (c < 0 || (c == 0 && dr.dot(dr) > dn.dot(dn))) {
         next = r;
       }
     }
@@ -358,8 +361,9 @@ TEST(ConvexHullReference, InputsWithNonFinitePointsMixedIn) {
 
 namespace {
 
-/// Andrew's monotone chain over a comparison sort: the plain form of the library's hull, which
-/// sorts large inputs through buckets first.
+/// Andrew's monotone chain over a comparison sort of every finite point, with the same exact
+/// turns: the plain form of the library's hull, which drops points certified inside a sample's
+/// hull and sorts large inputs through buckets first.
 Points plainMonotoneChain(const Points& input) {
   Points p;
   for (const V& v : input) {
@@ -374,18 +378,20 @@ Points plainMonotoneChain(const Points& input) {
   if (p.size() < 3) {
     return p;
   }
-  const auto turn = [](const V& o, const V& a, const V& b) { return (a - o).cross(b - o); };
+  const auto turn = [](const V& o, const V& a, const V& b) {
+    return gk::detail::orientation(o, a, b);
+  };
   Points h(2 * p.size());
   std::size_t k = 0;
   for (const V& v : p) {
-    while (k >= 2 && turn(h[k - 2], h[k - 1], v) <= 0.0) {
+    while (k >= 2 && turn(h[k - 2], h[k - 1], v) <= 0) {
       --k;
     }
     h[k++] = v;
   }
   const std::size_t lowerEnd = k + 1;
   for (std::size_t i = p.size() - 1; i-- > 0;) {
-    while (k >= lowerEnd && turn(h[k - 2], h[k - 1], p[i]) <= 0.0) {
+    while (k >= lowerEnd && turn(h[k - 2], h[k - 1], p[i]) <= 0) {
       --k;
     }
     h[k++] = p[i];
@@ -435,4 +441,145 @@ TEST(ConvexHullBucketSort, LargeInputsGiveThePlainSortsHullOnRandomAndDegenerate
     const Points expected = plainMonotoneChain(cloud);
     ASSERT_EQ(got, expected) << "trial " << trial << " kind " << kind;
   }
+}
+
+// ---- exact turns -------------------------------------------------------------------------------
+
+TEST(ConvexHull, TurnsAreExactSoAPointOneUnitInTheLastPlaceOffAnEdgeIsACorner) {
+  // (12, 12) lies 12 * 2^-53 to the left of the line from a to (24, 24): a strict corner. The
+  // rounded cross product of the three is exactly zero, which would drop it.
+  const V a(std::nextafter(0.5, 1.0), 0.5);
+  const Points pts = {V(12.0, 12.0), a, V(24.0, 24.0), V(20.0, 0.0)};
+  EXPECT_EQ(((V(12.0, 12.0) - a).cross(V(24.0, 24.0) - a)), 0.0);
+  EXPECT_EQ(hullOf(pts), Points({a, V(20.0, 0.0), V(24.0, 24.0), V(12.0, 12.0)}));
+  // Moved one unit to the other side, the same point is on the inner side of that line.
+  const V b(0.5, std::nextafter(0.5, 1.0));
+  EXPECT_EQ(hullOf({V(12.0, 12.0), b, V(24.0, 24.0), V(20.0, 0.0)}),
+            Points({b, V(20.0, 0.0), V(24.0, 24.0)}));
+}
+
+TEST(ConvexHull, HugeCoordinatesGiveTheScaledHullOfTheSamePointsAtUnitScale) {
+  // Scaling by a power of two is exact, and a hull scaled is the hull of the scaled points,
+  // even where every cross product overflows.
+  std::mt19937_64 rng(4242);
+  std::uniform_int_distribution<int> coord(-1000, 1000);
+  for (const double scale : {0x1p1000, 0x1p1013, 0x1p-1000, 0x1p-1064}) {
+    for (int round = 0; round < 50; ++round) {
+      Points pts(static_cast<std::size_t>(20 + round * 7));
+      for (V& p : pts) {
+        p = V(coord(rng), coord(rng));
+      }
+      Points scaled = pts;
+      for (V& p : scaled) {
+        p = V(p.x() * scale, p.y() * scale);
+      }
+      Points expected = hullOf(pts);
+      for (V& p : expected) {
+        p = V(p.x() * scale, p.y() * scale);
+      }
+      ASSERT_EQ(hullOf(scaled), expected) << "scale " << scale << " round " << round;
+    }
+  }
+}
+
+// ---- the filter against the plain chain --------------------------------------------------------
+
+namespace {
+
+/// Point sets of the kinds a hull meets, for `kind` 0 … 13, of n points.
+Points hullTestCloud(int kind, std::size_t n, std::mt19937_64& rng) {
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  const double twoPi = 6.283185307179586;
+  Points cloud;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double t = twoPi * static_cast<double>(i) / static_cast<double>(n);
+    switch (kind) {
+      case 0:  // a spiky star outline
+        cloud.push_back(V(100.0 * (1.0 + 0.3 * u(rng)), gkRadian(t)));
+        break;
+      case 1:  // a smooth blob outline with noise
+        cloud.push_back(
+            V(100.0 * (1.0 + 0.2 * std::sin(3.0 * t) + 0.1 * std::cos(7.0 * t)) + 0.01 * u(rng),
+              gkRadian(t)));
+        break;
+      case 2:  // uniform in a disc
+        cloud.push_back(V(100.0 * std::sqrt(u(rng)), gkRadian(twoPi * u(rng))));
+        break;
+      case 3:  // on a circle: every point a corner
+        cloud.push_back(V(1e3 * std::cos(t), 1e3 * std::sin(t)));
+        break;
+      case 4:  // a small integer grid: duplicates, collinear runs, equal x at the extremes
+        cloud.emplace_back(static_cast<double>(rng() % 7), static_cast<double>(rng() % 7));
+        break;
+      case 5:  // the corners and edges of a square, many points on each edge
+        cloud.push_back(
+            rng() % 2 ? V(static_cast<double>(rng() % 2) * 8.0, static_cast<double>(rng() % 9))
+                      : V(static_cast<double>(rng() % 9), static_cast<double>(rng() % 2) * 8.0));
+        break;
+      case 6:  // a thin sliver, nearly on one line
+        cloud.emplace_back(u(rng) * 1e3, u(rng) * 1e-9);
+        break;
+      case 7:  // far from the origin
+        cloud.emplace_back(1e9 + u(rng), -3e8 + u(rng));
+        break;
+      case 8:  // huge: every cross product overflows
+        cloud.emplace_back((u(rng) - 0.5) * 1e308, (u(rng) - 0.5) * 1e308);
+        break;
+      case 9:  // subnormal
+        cloud.emplace_back(static_cast<double>(rng() % 1000) * 0x1p-1074,
+                           static_cast<double>(rng() % 1000) * 0x1p-1074);
+        break;
+      case 10:  // non-finite points mixed in
+        cloud.emplace_back(rng() % 10 == 0 ? kNaN : u(rng), rng() % 13 == 0 ? -kInf : u(rng));
+        break;
+      case 11:  // zeros of both signs on the axes, a few ones
+        cloud.emplace_back(rng() % 3 == 0 ? (rng() % 2 ? 0.0 : -0.0) : u(rng) - 0.5,
+                           rng() % 3 == 0 ? (rng() % 2 ? 0.0 : -0.0) : u(rng) - 0.5);
+        break;
+      case 12:  // a regular polygon's corners, each repeated, with points on its edges
+      {
+        const std::size_t k = i % 12;
+        const double a0 = twoPi * static_cast<double>(k) / 12.0;
+        const double a1 = twoPi * static_cast<double>(k + 1) / 12.0;
+        const double s = static_cast<double>(rng() % 5) / 4.0;
+        cloud.emplace_back(std::cos(a0) + s * (std::cos(a1) - std::cos(a0)),
+                           std::sin(a0) + s * (std::sin(a1) - std::sin(a0)));
+        break;
+      }
+      default:  // coordinates of every size
+        cloud.emplace_back((u(rng) - 0.5) * std::pow(10.0, static_cast<int>(rng() % 40) - 20),
+                           (u(rng) - 0.5) * std::pow(10.0, static_cast<int>(rng() % 40) - 20));
+        break;
+    }
+  }
+  return cloud;
+}
+
+}  // namespace
+
+TEST(ConvexHullFilter, SameHullAsThePlainChainOnOutlinesCloudsAndDegenerateSets) {
+  std::mt19937_64 rng(20261125);
+  for (int trial = 0; trial < 1400; ++trial) {
+    const int kind = trial % 14;
+    // Sizes on both sides of the filter's threshold and of the bucket sort's.
+    const std::size_t n = 3 + static_cast<std::size_t>(rng() % (trial % 5 == 0 ? 3000 : 300));
+    Points cloud = hullTestCloud(kind, n, rng);
+    if (trial % 3 == 0) {
+      std::shuffle(cloud.begin(), cloud.end(), rng);
+    }
+    const Points got = hullOf(cloud);
+    const Points expected = plainMonotoneChain(cloud);
+    ASSERT_EQ(got, expected) << "trial " << trial << " kind " << kind << " n " << n;
+  }
+}
+
+TEST(ConvexHullFilter, EveryPointOfALargeCircleStaysACorner) {
+  // The sample's hull is inside the circle by a hair: no point may be dropped.
+  Points circle;
+  for (int i = 0; i < 20000; ++i) {
+    const double t = 6.283185307179586 * i / 20000.0;
+    circle.emplace_back(1e6 * std::cos(t), 1e6 * std::sin(t));
+  }
+  EXPECT_EQ(hullOf(circle), plainMonotoneChain(circle));
+  EXPECT_GT(hullOf(circle).size(), 19000u);
 }

@@ -7,14 +7,56 @@
 
 namespace {
 
-bool lexLess(const gkVector<2>& a, const gkVector<2>& b) {
-  return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y());
-}
+/// The order of the chain: by x, then by y. A function object, so that the sorts inline it.
+struct LexLess {
+  bool operator()(const gkVector<2>& a, const gkVector<2>& b) const {
+    return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y());
+  }
+};
+constexpr LexLess lexLess{};
 
 /// Below this many points a plain comparison sort is as fast as the bucket pass.
 constexpr std::size_t kBucketMinimum = 256;
 /// Points per bucket, on average.
 constexpr std::size_t kPointsPerBucket = 4;
+
+/// Sorts finite points by lexLess through `buckets` buckets, given the bucket of each point as
+/// a function of x that never decreases (so every bucket's points come before the next
+/// bucket's in the order): counts, places each point in its bucket, and sorts each bucket, by
+/// insertion while it holds a handful.
+template <class BucketOf>
+void sortThroughBuckets(std::vector<gkVector<2>>& p, std::size_t buckets, BucketOf bucketOf) {
+  const std::size_t n = p.size();
+  std::vector<std::size_t> start(buckets + 1, 0);
+  for (const gkVector<2>& v : p) {
+    ++start[bucketOf(v) + 1];
+  }
+  for (std::size_t b = 0; b < buckets; ++b) {
+    start[b + 1] += start[b];
+  }
+  std::vector<std::size_t> next(start.begin(), start.end() - 1);
+  std::vector<gkVector<2>> sorted(n);
+  for (const gkVector<2>& v : p) {
+    sorted[next[bucketOf(v)]++] = v;
+  }
+  for (std::size_t b = 0; b < buckets; ++b) {
+    const auto first = sorted.begin() + static_cast<std::ptrdiff_t>(start[b]);
+    const auto last = sorted.begin() + static_cast<std::ptrdiff_t>(start[b + 1]);
+    if (last - first > 16) {
+      std::sort(first, last, lexLess);
+      continue;
+    }
+    for (auto i = first; i != last; ++i) {
+      const gkVector<2> v = *i;
+      auto j = i;
+      for (; j != first && lexLess(v, *(j - 1)); --j) {
+        *j = *(j - 1);
+      }
+      *j = v;
+    }
+  }
+  p.swap(sorted);
+}
 
 /// Sorts finite points by (x, y) as lexLess orders them. Large inputs are first spread over
 /// buckets by x, through a map that rounding keeps monotone ((x - min) * scale, floored), so
@@ -41,39 +83,9 @@ void sortLexicographic(std::vector<gkVector<2>>& p) {
     std::sort(p.begin(), p.end(), lexLess);
     return;
   }
-  const auto bucketOf = [&](double x) {
-    return std::min(buckets - 1, static_cast<std::size_t>((x - low) * scale));
-  };
-  std::vector<std::size_t> start(buckets + 1, 0);
-  for (const gkVector<2>& v : p) {
-    ++start[bucketOf(v.x()) + 1];
-  }
-  for (std::size_t b = 0; b < buckets; ++b) {
-    start[b + 1] += start[b];
-  }
-  std::vector<std::size_t> next(start.begin(), start.end() - 1);
-  std::vector<gkVector<2>> sorted(n);
-  for (const gkVector<2>& v : p) {
-    sorted[next[bucketOf(v.x())]++] = v;
-  }
-  for (std::size_t b = 0; b < buckets; ++b) {
-    const auto first = sorted.begin() + static_cast<std::ptrdiff_t>(start[b]);
-    const auto last = sorted.begin() + static_cast<std::ptrdiff_t>(start[b + 1]);
-    if (last - first > 16) {
-      std::sort(first, last, lexLess);
-      continue;
-    }
-    // Buckets hold a handful of points: insertion sort without a call per bucket.
-    for (auto i = first; i != last; ++i) {
-      const gkVector<2> v = *i;
-      auto j = i;
-      for (; j != first && lexLess(v, *(j - 1)); --j) {
-        *j = *(j - 1);
-      }
-      *j = v;
-    }
-  }
-  p.swap(sorted);
+  sortThroughBuckets(p, buckets, [&](const gkVector<2>& v) {
+    return std::min(buckets - 1, static_cast<std::size_t>((v.x() - low) * scale));
+  });
 }
 
 /// Andrew's monotone chain over points sorted by lexLess without repeats: the lower hull left
@@ -112,7 +124,7 @@ bool isFinite(const gkVector<2>& v) {
 }
 
 /// Below this many points the sample and the filter save less than they cost.
-constexpr std::size_t kFilterMinimum = 48;
+constexpr std::size_t kFilterMinimum = 128;
 
 /// Certifies points strictly inside a convex polygon whose corners are input points: such a
 /// point is strictly inside the hull of the input, so no corner of it, and need not be sorted.
@@ -151,6 +163,7 @@ class SlabFilter {
     const double margin =
         0x1p-30 * width + 0x1p-40 * std::max(std::fabs(left_), std::fabs(rightX)) + 0x1p-1000;
     scale_ = static_cast<double>(slabs) / width;
+    lastSlab_ = static_cast<double>(slabs - 1);
     const double slabWidth = width / static_cast<double>(slabs);
     low_.assign(slabs, 0.0);
     high_.assign(slabs, 0.0);
@@ -199,6 +212,16 @@ class SlabFilter {
   }
 
   /// True when the point is certainly strictly inside the polygon; false for NaN.
+  std::size_t slabs() const { return low_.size(); }
+
+  /// The slab of a finite point, those left and right of the polygon in the first and last:
+  /// a function of x that never decreases.
+  std::size_t slabOf(const gkVector<2>& v) const {
+    const double f = (v.x() - left_) * scale_;
+    return static_cast<std::size_t>(std::min(std::max(f, 0.0), lastSlab_));
+  }
+
+  /// True when the point is certainly strictly inside the polygon; false for NaN.
   bool certainlyInside(const gkVector<2>& v) const {
     const double f = (v.x() - left_) * scale_;
     if (!(f >= 0.0 && f < static_cast<double>(low_.size()))) {
@@ -211,19 +234,20 @@ class SlabFilter {
  private:
   double left_ = 0.0;
   double scale_ = 0.0;
+  double lastSlab_ = 0.0;
   /// Per slab, the certified open interval of y: empty when low_ >= high_.
   std::vector<double> low_;
   std::vector<double> high_;
 };
 
-/// The points that may be corners of the hull: every finite point, in input order, except
+/// The points that may be corners of the hull, sorted by lexLess: every finite point except
 /// points certified strictly inside the hull of a sample.
 ///
-/// From kFilterMinimum points on, every s-th point (about 2 sqrt(n) of them) is taken, their
+/// From kFilterMinimum points on, every s-th point (about 3 sqrt(n) of them) is taken, their
 /// own hull is the polygon, and a SlabFilter over it drops the points it certifies. On outlines
 /// and clouds alike that leaves a thin rim. The sample decides only how much is dropped, never
 /// what the hull is.
-void hullCandidates(const std::vector<gkVector<2>>& points, std::vector<gkVector<2>>& kept) {
+void sortedHullCandidates(const std::vector<gkVector<2>>& points, std::vector<gkVector<2>>& kept) {
   kept.clear();
   const std::size_t n = points.size();
   const auto keepEveryFinite = [&] {
@@ -232,12 +256,13 @@ void hullCandidates(const std::vector<gkVector<2>>& points, std::vector<gkVector
         kept.push_back(v);
       }
     }
+    sortLexicographic(kept);
   };
   if (n < kFilterMinimum) {
     keepEveryFinite();
     return;
   }
-  const std::size_t wanted = 2 * static_cast<std::size_t>(std::sqrt(static_cast<double>(n)));
+  const std::size_t wanted = 3 * static_cast<std::size_t>(std::sqrt(static_cast<double>(n)));
   const std::size_t step = std::max<std::size_t>(2, n / wanted);
   std::vector<gkVector<2>> sample;
   sample.reserve(n / step + 1);
@@ -264,14 +289,16 @@ void hullCandidates(const std::vector<gkVector<2>>& points, std::vector<gkVector
     count += static_cast<std::size_t>(!filter.certainlyInside(v) & isFinite(v));
   }
   kept.resize(count);
+  // The slabs are buckets by x already.
+  sortThroughBuckets(kept, filter.slabs(),
+                     [&filter](const gkVector<2>& v) { return filter.slabOf(v); });
 }
 
 }  // namespace
 
 void gwConvexHull(const std::vector<gkVector<2>>& points, std::vector<gkVector<2>>& hull) {
   std::vector<gkVector<2>> p;
-  hullCandidates(points, p);
-  sortLexicographic(p);
+  sortedHullCandidates(points, p);
   p.erase(std::unique(p.begin(), p.end()), p.end());
   std::vector<gkVector<2>> h;
   monotoneChain(p, h);

@@ -706,9 +706,15 @@ written:
   directions and make a fifth of the time). Not met: the `star` at 1024, 2.8x to 2.9x, where
   the search through crowded runs costs about 3 us for a typical point, twice cv's whole
   test.
-- **gwConvexHull.** Sorting by buckets made it about 1.5x to 1.9x faster than cv::convexHull at
-  16384 and above (over 2x on the disc); the monotone chain's data-dependent pops cost the rest, and at 64
-  points a plain sort is used.
+- **gwConvexHull.** Turns are now exact, so every point certified strictly inside the hull of a
+  sample (about 3 sqrt(n) points) can be dropped before the sort without changing the answer;
+  a point costs two comparisons against its slab's rectangle, and the rest are sorted through
+  the same slabs. That took the dense star at 16384 from 620 to about 90 us (12x cv) and
+  every family from 16384 on to 6x to 20x cv. At 1024 it is 2x to 2.2x (the `blob`, with 210
+  of its 1024 vertices on the hull and a third of them on its convex lobes, leaves the most
+  points to sort, and is the closest). Not met: 64 points, about 1x: below 128 points the
+  sample costs more than it saves, and the plain sort of 64 points (about 0.3 us) and the
+  chain (about 0.45 us, two exact turns a point) already take more than half of cv's 1 us.
 - **gwEllipseFit.** The fit reports the root-mean-square orthogonal distance of the points to the
   fitted ellipse, an iterative root per point (now about four bracketed Newton steps instead of
   sixty bisections: 13 ms to 4 ms at 16384), half the time; cv::fitEllipse computes no such

@@ -218,7 +218,9 @@ class SlabFilter {
   /// a function of x that never decreases.
   std::size_t slabOf(const gkVector<2>& v) const {
     const double f = (v.x() - left_) * scale_;
-    return static_cast<std::size_t>(std::min(std::max(f, 0.0), lastSlab_));
+    // NaN (0 times an infinite scale, when the x range is so narrow that slabs / width
+    // overflows) goes to the first slab with the points left of it: still never decreasing.
+    return static_cast<std::size_t>(f > 0.0 ? std::min(f, lastSlab_) : 0.0);
   }
 
   /// True when the point is certainly strictly inside the polygon; false for NaN.

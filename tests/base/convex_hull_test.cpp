@@ -583,3 +583,17 @@ TEST(ConvexHullFilter, EveryPointOfALargeCircleStaysACorner) {
   EXPECT_EQ(hullOf(circle), plainMonotoneChain(circle));
   EXPECT_GT(hullOf(circle).size(), 19000u);
 }
+
+TEST(ConvexHullFilter, AnXRangeSoNarrowThatItsSlabScaleOverflowsStillGivesThePlainHull) {
+  // x spans a few subnormals, so slabs / width is infinite: every point is at the left edge
+  // (0 times infinity) or right of it.
+  std::mt19937_64 rng(5);
+  for (int round = 0; round < 50; ++round) {
+    Points pts;
+    for (int i = 0; i < 600; ++i) {
+      pts.emplace_back(static_cast<double>(rng() % 21) * 0x1p-1074,
+                       static_cast<double>(rng() % 1000) - 500.0);
+    }
+    ASSERT_EQ(hullOf(pts), plainMonotoneChain(pts)) << round;
+  }
+}

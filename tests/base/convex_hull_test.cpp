@@ -11,6 +11,7 @@
 #include <gk/base/vector.h>
 
 #include "base/detail/orientation.h"
+#include "plain_hull.h"
 
 namespace {
 
@@ -359,49 +360,6 @@ TEST(ConvexHullReference, InputsWithNonFinitePointsMixedIn) {
   }
 }
 
-namespace {
-
-/// Andrew's monotone chain over a comparison sort of every finite point, with the same exact
-/// turns: the plain form of the library's hull, which drops points certified inside a sample's
-/// hull and sorts large inputs through buckets first.
-Points plainMonotoneChain(const Points& input) {
-  Points p;
-  for (const V& v : input) {
-    if (std::isfinite(v.x()) && std::isfinite(v.y())) {
-      p.push_back(v);
-    }
-  }
-  std::sort(p.begin(), p.end(), [](const V& a, const V& b) {
-    return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y());
-  });
-  p.erase(std::unique(p.begin(), p.end()), p.end());
-  if (p.size() < 3) {
-    return p;
-  }
-  const auto turn = [](const V& o, const V& a, const V& b) {
-    return gk::detail::orientation(o, a, b);
-  };
-  Points h(2 * p.size());
-  std::size_t k = 0;
-  for (const V& v : p) {
-    while (k >= 2 && turn(h[k - 2], h[k - 1], v) <= 0) {
-      --k;
-    }
-    h[k++] = v;
-  }
-  const std::size_t lowerEnd = k + 1;
-  for (std::size_t i = p.size() - 1; i-- > 0;) {
-    while (k >= lowerEnd && turn(h[k - 2], h[k - 1], p[i]) <= 0) {
-      --k;
-    }
-    h[k++] = p[i];
-  }
-  h.resize(k - 1);
-  return h;
-}
-
-}  // namespace
-
 TEST(ConvexHullBucketSort, LargeInputsGiveThePlainSortsHullOnRandomAndDegenerateClouds) {
   std::mt19937_64 rng(31337);
   std::uniform_real_distribution<double> u(-1.0, 1.0);
@@ -438,7 +396,7 @@ TEST(ConvexHullBucketSort, LargeInputsGiveThePlainSortsHullOnRandomAndDegenerate
       }
     }
     const Points got = hullOf(cloud);
-    const Points expected = plainMonotoneChain(cloud);
+    const Points expected = gk::test::plainConvexHull(cloud);
     ASSERT_EQ(got, expected) << "trial " << trial << " kind " << kind;
   }
 }
@@ -568,7 +526,7 @@ TEST(ConvexHullFilter, SameHullAsThePlainChainOnOutlinesCloudsAndDegenerateSets)
       std::shuffle(cloud.begin(), cloud.end(), rng);
     }
     const Points got = hullOf(cloud);
-    const Points expected = plainMonotoneChain(cloud);
+    const Points expected = gk::test::plainConvexHull(cloud);
     ASSERT_EQ(got, expected) << "trial " << trial << " kind " << kind << " n " << n;
   }
 }
@@ -580,7 +538,7 @@ TEST(ConvexHullFilter, EveryPointOfALargeCircleStaysACorner) {
     const double t = 6.283185307179586 * i / 20000.0;
     circle.emplace_back(1e6 * std::cos(t), 1e6 * std::sin(t));
   }
-  EXPECT_EQ(hullOf(circle), plainMonotoneChain(circle));
+  EXPECT_EQ(hullOf(circle), gk::test::plainConvexHull(circle));
   EXPECT_GT(hullOf(circle).size(), 19000u);
 }
 
@@ -594,6 +552,6 @@ TEST(ConvexHullFilter, AnXRangeSoNarrowThatItsSlabScaleOverflowsStillGivesThePla
       pts.emplace_back(static_cast<double>(rng() % 21) * 0x1p-1074,
                        static_cast<double>(rng() % 1000) - 500.0);
     }
-    ASSERT_EQ(hullOf(pts), plainMonotoneChain(pts)) << round;
+    ASSERT_EQ(hullOf(pts), gk::test::plainConvexHull(pts)) << round;
   }
 }

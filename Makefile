@@ -43,8 +43,8 @@ valgrind: deps
 	cmake --build --preset release
 	scripts/valgrind-tests.sh build/release
 
-# The archive, geometry and clearance fuzzers (clang, libFuzzer), each for FUZZ_SECONDS on its seed
-# corpus; see fuzz/README.md.
+# The archive, geometry, clearance and hull fuzzers (clang, libFuzzer), each for FUZZ_SECONDS on
+# its seed corpus; see fuzz/README.md.
 FUZZ_SECONDS ?= 60
 fuzz:
 	@scripts/install-deps.sh fuzz

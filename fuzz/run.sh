@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the fuzz preset and runs each fuzzer (archive, geometry, clearance) on its seed corpus and its
-# regressions, for the given time each.
+# Builds the fuzz preset and runs each fuzzer (archive, geometry, clearance, hull) on its seed
+# corpus and its regressions, for the given time each.
 #
 #   fuzz/run.sh [seconds]      default 60 per fuzzer
 #
@@ -46,4 +46,9 @@ fuzz_one archive -dict=fuzz/archive.dict -timeout=5 || failed=1
 fuzz_one geometry -timeout=10 -max_len=2048 -len_control=0 || failed=1
 # A clearance input is at most 64 vertices of 5 bytes, checked against every pair of segments.
 fuzz_one clearance -timeout=10 -max_len=330 || failed=1
+# A hull input is seven-byte records; eight ring records already reach the 4000-point cap, so
+# 512 bytes (73 records) leave room for every mix. Two hulls of 4000 points take at most a few
+# tens of milliseconds under the sanitizers, even when every turn needs the exact integer sum:
+# 10 s means a hang.
+fuzz_one hull -timeout=10 -max_len=512 || failed=1
 exit "$failed"

@@ -211,7 +211,6 @@ class SlabFilter {
     }
   }
 
-  /// True when the point is certainly strictly inside the polygon; false for NaN.
   std::size_t slabs() const { return low_.size(); }
 
   /// The slab of a finite point, those left and right of the polygon in the first and last:
@@ -230,7 +229,8 @@ class SlabFilter {
       return false;
     }
     const std::size_t b = static_cast<std::size_t>(f);
-    return (v.y() > low_[b]) & (v.y() < high_[b]);
+    // Both comparisons as integers: one branch on the answer, not two.
+    return (static_cast<int>(v.y() > low_[b]) & static_cast<int>(v.y() < high_[b])) != 0;
   }
 
  private:
@@ -288,7 +288,8 @@ void sortedHullCandidates(const std::vector<gkVector<2>>& points, std::vector<gk
   std::size_t count = 0;
   for (const gkVector<2>& v : points) {
     kept[count] = v;
-    count += static_cast<std::size_t>(!filter.certainlyInside(v) & isFinite(v));
+    count += static_cast<std::size_t>(static_cast<int>(!filter.certainlyInside(v)) &
+                                      static_cast<int>(isFinite(v)));
   }
   kept.resize(count);
   // The slabs are buckets by x already.

@@ -705,7 +705,11 @@ written:
   dozen; the 3% of points beside the outline that see it edge-on still need hundreds of
   directions and make a fifth of the time). Not met: the `star` at 1024, 2.8x to 2.9x, where
   the search through crowded runs costs about 3 us for a typical point, twice cv's whole
-  test.
+  test. The pass over every vertex is no cheaper there (4.4 us a query with the ray's count):
+  its data-dependent branches cost about 4.5 ns a vertex on the spikes, and neither skipping
+  the divisions by a multiplied pre-test (451 keys a query down to 71, no change in time) nor
+  branch-free quadrants (slower) helped; even the bare loop, a difference and a squared length
+  a vertex, takes 1 us at 1024, and the ray's crossing count about 1.4 us.
 - **gwConvexHull.** Turns are now exact, so every point certified strictly inside the hull of a
   sample (about 3 sqrt(n) points) can be dropped before the sort without changing the answer;
   a point costs two comparisons against its slab's rectangle, and the rest are sorted through

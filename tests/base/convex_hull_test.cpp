@@ -555,3 +555,25 @@ TEST(ConvexHullFilter, AnXRangeSoNarrowThatItsSlabScaleOverflowsStillGivesThePla
     ASSERT_EQ(hullOf(pts), gk::test::plainConvexHull(pts)) << round;
   }
 }
+
+TEST(ConvexHullFilter, ASampleWithoutAnAreaLeavesEveryPointToTheBucketSort) {
+  // The sample is every s-th point; when those all lie on one line, or are all one point, the
+  // sample has no polygon and every finite point goes through the plain path's bucket sort.
+  std::mt19937_64 rng(77);
+  for (int round = 0; round < 40; ++round) {
+    const std::size_t n = 300 + static_cast<std::size_t>(rng() % 2000);
+    Points pts;
+    for (std::size_t i = 0; i < n; ++i) {
+      const double t = static_cast<double>(rng() % 1000);
+      pts.emplace_back(round % 2 == 0 ? V(t, 3.0 * t - 7.0) : V(t, t * 0.5));
+    }
+    if (round % 4 == 1 || round % 4 == 2) {
+      // Points off the line at every 7th place, which the sample takes now and then: the hull
+      // gains corners, and the sample a polygon or not.
+      for (std::size_t i = 1; i < n; i += 7) {
+        pts[i] = V(static_cast<double>(rng() % 1000), static_cast<double>(rng() % 1000));
+      }
+    }
+    ASSERT_EQ(hullOf(pts), gk::test::plainConvexHull(pts)) << round;
+  }
+}

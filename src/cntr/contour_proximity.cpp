@@ -232,9 +232,14 @@ class SegmentQuery {
 /// Replaces out by the numbers, in increasing order, of the segments a query must test: every
 /// segment the query's tests could accept, and maybe more. chains, when not null, are the
 /// contour's rectangles of runs of segments, for an index too crowded to narrow the search.
+///
+/// The index and the runs come from `indexOf()` and `chainsOf()`, asked only on the paths that
+/// use them: a contour that only ever meets containment rays (the small loops of an outer hull,
+/// asked whether they hold a point) never builds either.
+template <class IndexOf, class ChainsOf>
 void gatherCandidates(const SegmentQuery& query, const std::vector<gkVector<2>>& points,
-                      bool closed, const gkRect& contourBox, const gk::detail::BoxIndex& index,
-                      const gk::detail::ChainBounds* chains, std::vector<std::size_t>& out) {
+                      bool closed, const gkRect& contourBox, IndexOf indexOf, ChainsOf chainsOf,
+                      std::vector<std::size_t>& out) {
   if (query.apart().on() && coversMuchOf(query.box(), contourBox)) {
     // A query as wide as the contour (a containment ray) meets most boxes, and the index saves
     // nothing. The side of the query's line is worked out once per vertex instead, and a
@@ -253,6 +258,8 @@ void gatherCandidates(const SegmentQuery& query, const std::vector<gkVector<2>>&
     }
     return;
   }
+  const gk::detail::BoxIndex& index = indexOf();
+  const gk::detail::ChainBounds* chains = chainsOf();
   if (chains != nullptr && query.apart().on()) {
     // A dense star's boxes each overlap thousands of others, while the runs of consecutive
     // segments that pass near a query are few. The crossing test accepts no segment farther
@@ -560,8 +567,11 @@ void gkContour::intersectionsInto(const gkLineSeg& seg, bool includeEnds, const 
   if (!contourBox.overlaps(query.box())) {
     return;
   }
-  gatherCandidates(query, points_, isClosed(), contourBox, segmentIndex(), crowdedChains(),
-                   candidates);
+  computeLineSegs();
+  gatherCandidates(
+      query, points_, isClosed(), contourBox,
+      [this]() -> const gk::detail::BoxIndex& { return segmentIndex(); },
+      [this] { return crowdedChains(); }, candidates);
   crossingsAmong(query, candidates, {lineSegs_, lines_, segRects_, validLine_}, points, segIndices);
 }
 
@@ -580,8 +590,10 @@ std::size_t gkContour::crossingCount(const gkLineSeg& seg, bool includeEnds,
     // As in gatherCandidates: every segment the crossing test can accept is within the reach.
     runs->candidates(seg.p1(), seg.p2(), query.apart().reach(), candidates);
   } else {
-    gatherCandidates(query, points_, isClosed(), contourBox, segmentIndex(), crowdedChains(),
-                     candidates);
+    gatherCandidates(
+        query, points_, isClosed(), contourBox,
+        [this]() -> const gk::detail::BoxIndex& { return segmentIndex(); },
+        [this] { return crowdedChains(); }, candidates);
   }
   std::size_t count = 0;
   for (const std::size_t k : candidates) {
@@ -719,7 +731,10 @@ bool gkContour::isSelfIntersecting() const {
       }
       // Not through the runs of segments: building them costs more than the few queries
       // before an early crossing, and the sweep settles the rest.
-      gatherCandidates(query, points_, closed, contourBox, segIndex, nullptr, candidates);
+      gatherCandidates(
+          query, points_, closed, contourBox,
+          [&segIndex]() -> const gk::detail::BoxIndex& { return segIndex; },
+          []() -> const gk::detail::ChainBounds* { return nullptr; }, candidates);
       tested += candidates.size();
       for (const std::size_t j : candidates) {
         if (j == k || (skipNeighbours && neighbours(std::min(j, k), std::max(j, k)))) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "base/detail/orientation.h"
 
@@ -172,8 +173,18 @@ class SlabFilter {
     const auto at = [&](std::size_t i) -> const gkVector<2>& { return polygon[i % h]; };
     std::size_t lower = 0;
     std::size_t upper = h;
+    // NaN when a difference overflows: an infinite rise gives an infinite value at one end of
+    // a slab, which the max or min below would pass over for the other end's, and the slab's
+    // rectangle would leave the polygon. (A run that overflows makes the whole width infinite,
+    // and then no slab certifies anything anyway.)
     const auto interpolate = [](const gkVector<2>& a, const gkVector<2>& b, double x) {
-      return a.y() + (b.y() - a.y()) * ((x - a.x()) / (b.x() - a.x()));
+      const double rise = b.y() - a.y();
+      const double run = b.x() - a.x();
+      const double along = x - a.x();
+      if (!(std::isfinite(rise) && std::isfinite(run) && std::isfinite(along))) {
+        return std::numeric_limits<double>::quiet_NaN();
+      }
+      return a.y() + rise * (along / run);
     };
     const auto lowerAt = [&](double x) {
       while (at(lower + 1).x() < x) {
@@ -204,10 +215,18 @@ class SlabFilter {
       const double highFrom = upperAt(from);
       const std::size_t lowerMid = lower;
       const std::size_t upperMid = upper;
-      low_[b] = std::max(lowFrom, lowerAt(to)) + slack;
-      high_[b] = std::min(highFrom, upperAt(to)) - slack;
+      const double lowTo = lowerAt(to);
+      const double highTo = upperAt(to);
       lower = std::max(lowerStart, lowerMid);
       upper = std::min(upperStart, upperMid);
+      if (!(std::isfinite(lowFrom) && std::isfinite(lowTo) && std::isfinite(highFrom) &&
+            std::isfinite(highTo))) {
+        low_[b] = 1.0;
+        high_[b] = -1.0;
+        continue;
+      }
+      low_[b] = std::max(lowFrom, lowTo) + slack;
+      high_[b] = std::min(highFrom, highTo) - slack;
     }
   }
 

@@ -577,3 +577,67 @@ TEST(ConvexHullFilter, ASampleWithoutAnAreaLeavesEveryPointToTheBucketSort) {
     ASSERT_EQ(hullOf(pts), gk::test::plainConvexHull(pts)) << round;
   }
 }
+
+namespace {
+
+/// 200 points whose sample (every 4th) is the triangle first, second, third, with first ->
+/// second an edge of its lower chain; the other points bulge out below that edge by `out` at
+/// the middle (out scaled by 4 t (1 - t) along it), and are corners of the hull.
+Points bulgingBelowAnEdge(const V& first, const V& second, const V& third, const V& out) {
+  Points pts(200, (first + second + third) / 3.0);
+  pts[0] = first;
+  pts[4] = second;
+  pts[8] = third;
+  for (std::size_t i = 1; i < 200; ++i) {
+    if (i % 4 != 0) {
+      const double t = static_cast<double>(i) / 200.0;
+      const double bulge = 4.0 * t * (1.0 - t);
+      pts[i] = V(first.x() * (1.0 - t) + second.x() * t + bulge * out.x(),
+                 first.y() * (1.0 - t) + second.y() * t + bulge * out.y());
+    }
+  }
+  return pts;
+}
+
+}  // namespace
+
+TEST(ConvexHullFilter, AChainEdgeWhoseRiseOverflowsCertifiesNothing) {
+  // The lower chain falls from (-1e300, 0.9 max) to (0, -max), a drop beyond the largest
+  // double: interpolating along it overflows. That once gave -infinity at one end of a slab,
+  // let the other end's value stand for the slab's floor, and dropped the bulging corners.
+  const double big = std::numeric_limits<double>::max();
+  const Points pts = bulgingBelowAnEdge(V(-1e300, 0.9 * big), V(0.0, -big), V(1e300, 0.9 * big),
+                                        V(-1e292, -0.05 * big));
+  const Points expected = gk::test::plainConvexHull(pts);
+  ASSERT_GT(expected.size(), 20u);
+  EXPECT_EQ(hullOf(pts), expected);
+}
+
+TEST(ConvexHullFilter, CoordinatesNearTheLargestDoubleWhoseDifferencesOverflowGiveThePlainHull) {
+  // The sample's chains rise or run by more than the largest double between corners: their
+  // interpolation overflows, and such a slab must certify nothing (an infinite end once let the
+  // other end's value pass for the slab's bound, and corners were dropped).
+  std::mt19937_64 rng(1023);
+  std::uniform_real_distribution<double> u(-1.0, 1.0);
+  const double big = std::numeric_limits<double>::max();
+  for (int round = 0; round < 60; ++round) {
+    Points pts;
+    const std::size_t n = 150 + static_cast<std::size_t>(rng() % 600);
+    for (std::size_t i = 0; i < n; ++i) {
+      const double t = 6.283185307179586 * static_cast<double>(i) / static_cast<double>(n);
+      switch (round % 3) {
+        case 0:  // a ring just inside the largest double
+          pts.emplace_back(0.9 * big * std::cos(t), 0.9 * big * std::sin(t));
+          break;
+        case 1:  // a cloud over the whole range
+          pts.emplace_back(u(rng) * big, u(rng) * big);
+          break;
+        default:  // a flat ring whose bottom is near -max and top near +max
+          pts.emplace_back(1e300 * std::cos(t), big * std::sin(t));
+          break;
+      }
+    }
+    std::shuffle(pts.begin(), pts.end(), rng);
+    ASSERT_EQ(hullOf(pts), gk::test::plainConvexHull(pts)) << round;
+  }
+}

@@ -19,10 +19,8 @@ using V = gkVector<2>;
 
 /// The seeds and the reproducers.
 std::vector<std::string> inputFiles() {
-  std::vector<std::string> files = gk::test::filesIn(GKGEOM_FUZZ_HULL_CORPUS_DIR);
-  const std::vector<std::string> more = gk::test::filesIn(GKGEOM_FUZZ_HULL_REGRESSIONS_DIR);
-  files.insert(files.end(), more.begin(), more.end());
-  return files;
+  return gk::test::seedsAndReproducers(GKGEOM_FUZZ_HULL_CORPUS_DIR,
+                                       GKGEOM_FUZZ_HULL_REGRESSIONS_DIR);
 }
 
 using gk::test::bytesOf;

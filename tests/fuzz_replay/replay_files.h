@@ -32,6 +32,14 @@ inline std::vector<std::string> filesIn(const char* directory) {
   return files;
 }
 
+/// A fuzzer's seeds and then its kept reproducers.
+inline std::vector<std::string> seedsAndReproducers(const char* corpus, const char* regressions) {
+  std::vector<std::string> files = filesIn(corpus);
+  const std::vector<std::string> more = filesIn(regressions);
+  files.insert(files.end(), more.begin(), more.end());
+  return files;
+}
+
 inline std::vector<std::uint8_t> bytesOf(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in),
